@@ -1,0 +1,3 @@
+rz_add_sources(Mac
+  HEADERS RzByteOrder.h
+  SOURCES RzByteOrder.cpp)

@@ -1,0 +1,11 @@
+// Rz: the whole public interface in one header.
+#ifndef RZ_RZ_H
+#define RZ_RZ_H
+
+#include <Rz/RzCore/RzDefs.h>
+#include <Rz/RzCore/RzError.h>
+#include <Rz/RzCore/RzString.h>
+#include <Rz/RzIO/RzDebug.h>
+#include <Rz/Mac/RzByteOrder.h>
+
+#endif

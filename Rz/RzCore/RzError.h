@@ -1,0 +1,75 @@
+// RzError: the framework's one exception type.
+//
+// Every failure in Rz is reported by throwing an RzError by value. An error
+// carries a numeric code (0 means "no error"), a short symbolic name such as
+// "RzArgErr", the base name of the source unit that raised it (for example
+// "RzString") and the line. There is no hierarchy: callers tell errors apart by
+// code or by name. RzError does not derive from std::exception; catch it by
+// type (`catch (const RzError& e)`).
+//
+// Constructing an error with a non-zero code writes one line at debug level 1
+// through the debug output ("RzError: %d \"%s\", file \"%s\", line %d"), so that
+// every raised error leaves a trace even when it is caught.
+#ifndef RZ_RZCORE_RZERROR_H
+#define RZ_RZCORE_RZERROR_H
+
+#include <stdint.h>
+
+// Error codes raised by the framework; each has a fixed name (see RzError.cpp).
+enum {
+    kRzNoErr = 0,
+    kRzUndefProc = 1,      // "RzUndefProc": operation not available here
+    kRzUnexpectedErr = 2,  // "RzUnexpectedErr": string internals
+    kRzArgErr = 3,         // "RzArgErr": invalid argument
+    kRzMemFullErr = 4,     // "RzMemFullErr": allocation failed
+    kRzIndexError = 7,     // "RzIndexError": index out of range
+    kRzFileNotOpen = 12,   // "RzFileNotOpen"
+    kRzFileLengthFailed = 13,
+    kRzFileSeekFailed = 14,
+    kRzFilePosFailed = 15,
+    kRzFileWriteFailed = 17,
+    kRzFileAccessErr = 18,
+    kRzFormatErr = 19,   // "RzFormatErr": malformed text
+    kRzPtrInvalid = 20,  // "RzPtrInvalid": smart pointer on a dead object
+    kRzGeneralErr = 42,
+    kRzSysErr = 68  // ThrowSysError
+};
+
+class RzError {
+public:
+    // Code 0, name "Unknown", no file, line 0. Writes nothing.
+    RzError();
+    // Keeps only the part of `file` after its last '/' or '\\'. A null `name`
+    // becomes "Unknown", a null `file` stays null. A non-zero `code` writes the
+    // debug line before the fields are stored.
+    RzError(uint32_t code, const char* name, const char* file, int line);
+    RzError(const RzError& other);
+    // Frees this error's strings first, then copies `other`'s fields. There is
+    // no self-assignment guard: `e = e` leaves name "Unknown" and no file.
+    RzError& operator=(const RzError& other);
+    ~RzError();
+
+    // Stores the four fields, copying both strings; does not free earlier ones.
+    void Set(uint32_t code, const char* name, const char* file, int line);
+
+    uint32_t GetErr() const { return code; }
+    const char* GetErrName() const { return name ? name : ""; }
+    const char* GetFileName() const { return file ? file : ""; }
+    int GetLine() const { return line; }
+
+    // "No Error" for code 0; otherwise "Error=%ld (%s)" with code and name,
+    // the code printed as a signed 32-bit number. The text lives in one
+    // process-wide buffer that the next call replaces: copy it if you keep it.
+    const char* what() const;
+
+    // Throws RzError(68, "System error: <err>[ <text>]", no file, line 0).
+    static void ThrowSysError(int err, const char* text);
+
+private:
+    uint32_t code;
+    char* name;
+    char* file;
+    int32_t line;
+};
+
+#endif

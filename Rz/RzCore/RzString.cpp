@@ -1,0 +1,438 @@
+#include <Rz/RzCore/RzString.h>
+
+#include <limits.h>
+#include <stdarg.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include <new>
+
+#include <Rz/Mac/RzByteOrder.h>
+#include <Rz/RzCore/RzError.h>
+#include <Rz/internal/RzRaise.h>
+
+static const char kRzUnit[] = "RzString";
+
+namespace {
+
+const size_t kHeaderSize = offsetof(RzStringData, chars);
+
+// A buffer of the given capacity with only the header and terminator set.
+RzStringData* AllocateStringData(int64_t capacity, bool isBinary) {
+    if (capacity > INT32_MAX - static_cast<int64_t>(kHeaderSize) - 1) throw std::bad_alloc();
+    RzStringData* d =
+        static_cast<RzStringData*>(::operator new(kHeaderSize + static_cast<size_t>(capacity) + 1));
+    d->refCount = 1;
+    d->capacity = static_cast<int32_t>(capacity);
+    d->length = 0;
+    d->isBinary = isBinary;
+    d->lengthIsCounted = false;
+    d->chars[capacity] = 0;
+    return d;
+}
+
+bool HasZeroByte(const char* p, int32_t n) {
+    return n > 0 && memchr(p, 0, static_cast<size_t>(n));
+}
+
+// A copy of n bytes whose "no zero byte" property is already known.
+RzStringData* CopyStringData(const char* source, int32_t n, bool isBinary, bool counted) {
+    RzStringData* d = AllocateStringData(n, isBinary);
+    if (n > 0) memcpy(d->chars, source, static_cast<size_t>(n));
+    d->length = n;
+    d->lengthIsCounted = counted && !isBinary;
+    return d;
+}
+
+int Fold(char c) {
+    int v = static_cast<signed char>(c);
+    return (v >= 'A' && v <= 'Z') ? v + 32 : v;
+}
+
+// vsnprintf into a string, however long the result.
+RzString FormatV(const char* format, va_list args) {
+    char small[4096];
+    va_list again;
+    va_copy(again, args);
+    int n = vsnprintf(small, sizeof small, format, args);
+    RzString result;
+    if (n < 0) {
+        n = 0;
+    } else if (static_cast<size_t>(n) < sizeof small) {
+        result.Set(small, static_cast<int32_t>(strlen(small)));
+    } else {
+        char* big = new char[static_cast<size_t>(n) + 1];
+        vsnprintf(big, static_cast<size_t>(n) + 1, format, again);
+        result.Set(big, static_cast<int32_t>(strlen(big)));
+        delete[] big;
+    }
+    va_end(again);
+    return result;
+}
+
+RzString Format(const char* format, ...) RZ_PRINTF_FORMAT(1, 2);
+RzString Format(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    RzString result = FormatV(format, args);
+    va_end(args);
+    return result;
+}
+
+}  // namespace
+
+// --- Buffer functions ---------------------------------------------------
+
+RzStringData* NewStringData(const char* source, int32_t n, bool isBinary) {
+    if (n < 0) RZ_RAISE(kRzArgErr, "RzArgErr");
+    if (source) return CopyStringData(source, n, isBinary, !HasZeroByte(source, n));
+    RzStringData* d = AllocateStringData(n, isBinary);
+    if (isBinary) {
+        d->length = n;
+    } else {
+        d->chars[0] = 0;
+        d->length = 0;
+        d->lengthIsCounted = true;
+    }
+    return d;
+}
+
+RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n) {
+    if (!data) return NewStringData(source, n, false);
+    if (n < 0) RZ_RAISE(kRzArgErr, "RzArgErr");
+    if (data->refCount != 1) RZ_RAISE(kRzUnexpectedErr, "RzUnexpectedErr");
+    if (data->length < 0) {
+        if (data->isBinary) RZ_RAISE(kRzGeneralErr, "RzGeneralErr");
+        data->length = static_cast<int32_t>(strlen(data->chars));
+        data->lengthIsCounted = true;
+    }
+    const bool addsZero = source && HasZeroByte(source, n);
+    int64_t needed = static_cast<int64_t>(data->length) + n;
+    if (needed > data->capacity) {
+        if (2 * needed < 3 * static_cast<int64_t>(data->capacity))
+            needed = 3 * static_cast<int64_t>(data->capacity) / 2;
+        if (needed < 10) needed = 10;
+        RzStringData* grown = AllocateStringData(needed, data->isBinary);
+        memcpy(grown->chars, data->chars, static_cast<size_t>(data->length) + 1);
+        grown->length = data->length;
+        grown->lengthIsCounted = data->lengthIsCounted;
+        // Appending a piece of the string to itself: read it from the new
+        // buffer, since the old one is about to go.
+        const uintptr_t from = reinterpret_cast<uintptr_t>(data->chars);
+        const uintptr_t at = reinterpret_cast<uintptr_t>(source);
+        if (at >= from && at <= from + static_cast<uintptr_t>(data->capacity))
+            source = grown->chars + (at - from);
+        ::operator delete(data);
+        data = grown;
+    }
+    if (source && n > 0) memmove(data->chars + data->length, source, static_cast<size_t>(n));
+    data->length += n;
+    data->chars[data->length] = 0;
+    if (addsZero || !source) data->lengthIsCounted = false;
+    return data;
+}
+
+// --- Construction and assignment -----------------------------------------
+
+RzString::RzString(int32_t n, bool isBinary) : data(nullptr) {
+    if (n != 0) data = NewStringData(nullptr, n, isBinary);
+}
+
+RzString::RzString(const void* p, int32_t n, bool isBinary) : data(nullptr) {
+    if (n != 0) data = NewStringData(static_cast<const char*>(p), n, isBinary);
+}
+
+RzString::RzString(char c) : data(CopyStringData(&c, 1, false, c != 0)) {}
+
+RzString::RzString(const char* s) : data(nullptr) {
+    if (s) data = CopyStringData(s, static_cast<int32_t>(strlen(s)), false, true);
+}
+
+RzString::RzString(const unsigned char* pascal) : data(nullptr) {
+    if (pascal) data = NewStringData(reinterpret_cast<const char*>(pascal + 1), pascal[0], false);
+}
+
+RzString& RzString::operator=(const RzString& other) {
+    if (this == &other) return *this;
+    // Take the new reference before dropping the old one: `other` may live
+    // in the buffer that this string releases.
+    RzStringData* shared = other.data;
+    if (shared) ++shared->refCount;
+    Release(data);
+    data = shared;
+    return *this;
+}
+
+RzString& RzString::operator=(RzString&& other) noexcept {
+    RzStringData* taken = other.data;
+    other.data = data;
+    data = taken;
+    return *this;
+}
+
+RzString& RzString::operator=(const char* s) {
+    return *this = RzString(s);
+}
+RzString& RzString::operator=(const unsigned char* pascal) {
+    return *this = RzString(pascal);
+}
+RzString& RzString::operator=(char c) {
+    return *this = RzString(c);
+}
+
+void RzString::Set(const void* p, int32_t n) {
+    *this = RzString(p, n, false);
+}
+
+// --- Access -----------------------------------------------------------------
+
+void RzString::CountLength() const {
+    data->length = static_cast<int32_t>(strlen(data->chars));
+    data->lengthIsCounted = true;
+}
+
+unsigned char* RzString::p_str(unsigned char* out) const {
+    if (!out) return out;
+    int32_t n = length();
+    if (n > 255) n = 255;
+    if (n < 0) n = 0;
+    out[0] = static_cast<unsigned char>(n);
+    if (n > 0) memcpy(out + 1, data->chars, static_cast<size_t>(n));
+    return out;
+}
+
+char* RzString::Get(int32_t* lengthOut) {
+    if (!data) return nullptr;
+    WriteAccess();
+    // Report the length without caching it: the caller is about to write
+    // through the pointer, and the next length() must count what it left.
+    if (lengthOut)
+        *lengthOut = data->isBinary ? data->length : static_cast<int32_t>(strlen(data->chars));
+    return data->chars;
+}
+
+void RzString::SetLength(int n) {
+    if (!data || n > data->capacity) RZ_RAISE(kRzIndexError, "RzIndexError");
+    if (data->refCount > 1) {
+        RzStringData* copy = AllocateStringData(data->capacity, data->isBinary);
+        memcpy(copy->chars, data->chars, static_cast<size_t>(data->capacity) + 1);
+        --data->refCount;
+        data = copy;
+    }
+    data->length = n < 0 ? -1 : n;
+    data->lengthIsCounted = false;
+}
+
+void RzString::WriteAccess() {
+    MakeWritable();
+    if (!data->isBinary) {
+        // The caller may change any character through the pointer or
+        // reference it gets next, so the length must be counted again.
+        data->length = -1;
+        data->lengthIsCounted = false;
+    }
+}
+
+void RzString::MakeWritable() {
+    if (!data) {
+        data = NewStringData(nullptr, 0, false);
+        return;
+    }
+    if (data->refCount < 2) return;
+    RzStringData* old = data;
+    int32_t n = length();
+    if (n < 0) n = 0;  // a binary buffer whose length was made unknown
+    data = CopyStringData(old->chars, n, old->isBinary, old->lengthIsCounted);
+    --old->refCount;
+}
+
+char RzString::operator[](int i) const {
+    if (!data || i < 0 || i >= data->capacity) RZ_RAISE(kRzIndexError, "RzIndexError");
+    return data->chars[i];
+}
+
+char RzString::operator[](long i) const {
+    if (!data || i < 0 || i >= data->capacity) RZ_RAISE(kRzIndexError, "RzIndexError");
+    return data->chars[i];
+}
+
+char& RzString::operator[](int i) {
+    return (*this)[static_cast<long>(i)];
+}
+
+char& RzString::operator[](long i) {
+    if (!data || i < 0) RZ_RAISE(kRzIndexError, "RzIndexError");
+    WriteAccess();
+    if (i >= data->capacity) RZ_RAISE(kRzIndexError, "RzIndexError");
+    return data->chars[i];
+}
+
+// --- Concatenation ----------------------------------------------------------
+
+RzString& RzString::Append(const char* source, int32_t n) {
+    MakeWritable();
+    if (!data->isBinary && !data->lengthIsCounted) {
+        data->length = -1;  // counted again by CatStringData
+    }
+    data = CatStringData(data, source, n);
+    return *this;
+}
+
+RzString& RzString::operator+=(const char* s) {
+    return Append(s, static_cast<int32_t>(strlen(s)));
+}
+
+RzString& RzString::operator+=(const unsigned char* pascal) {
+    return Append(reinterpret_cast<const char*>(pascal + 1), pascal[0]);
+}
+
+RzString& RzString::operator+=(const RzString& s) {
+    MakeWritable();
+    // `s` may be this very string: read its characters only now.
+    return Append(s.c_str(), s.length());
+}
+
+RzString operator+(const RzString& a, char b) {
+    RzString result(a);
+    result += b;
+    return result;
+}
+
+RzString operator+(char a, const RzString& b) {
+    RzString result(a);
+    result += b;
+    return result;
+}
+
+RzString operator+(const RzString& a, const RzString& b) {
+    RzString result(a);
+    result += b;
+    return result;
+}
+
+// --- Comparison ---------------------------------------------------------------
+
+int RzString::cmp(const RzString& other) const {
+    return strcmp(c_str(), other.c_str());
+}
+
+int RzString::cmp(const char* other) const {
+    if (!other) RZ_RAISE(kRzArgErr, "RzArgErr");
+    return strcmp(c_str(), other);
+}
+
+int RzString::cmpIgnoreCase(const RzString& other) const {
+    return Rzstricmp(c_str(), other.c_str());
+}
+
+int RzString::cmpIgnoreCase(const char* other) const {
+    if (!other) RZ_RAISE(kRzArgErr, "RzArgErr");
+    return Rzstricmp(c_str(), other);
+}
+
+bool operator==(const RzString& a, const RzString& b) {
+    return a.cmp(b) == 0;
+}
+bool operator!=(const RzString& a, const RzString& b) {
+    return !(a == b);
+}
+bool operator==(const RzString& a, const char* b) {
+    return a.cmp(b) == 0;
+}
+bool operator!=(const RzString& a, const char* b) {
+    return !(a == b);
+}
+bool operator==(const char* a, const RzString& b) {
+    return strcmp(a ? a : "", b.c_str()) == 0;
+}
+bool operator!=(const char* a, const RzString& b) {
+    return !(a == b);
+}
+bool operator<(const RzString& a, const RzString& b) {
+    return a.cmp(b) < 0;
+}
+bool operator>(const RzString& a, const RzString& b) {
+    return b < a;
+}
+bool operator<=(const RzString& a, const RzString& b) {
+    return !(a > b);
+}
+bool operator>=(const RzString& a, const RzString& b) {
+    return !(a < b);
+}
+
+int Rzstricmp(const char* a, const char* b) {
+    if (!a) a = "";
+    if (!b) b = "";
+    for (;; ++a, ++b) {
+        const int fa = Fold(*a), fb = Fold(*b);
+        if (fa != fb) return fa - fb;
+        if (fa == 0) return 0;
+    }
+}
+
+int Rzstrincmp(const char* a, const char* b, int n) {
+    if (!a) a = "";
+    if (!b) b = "";
+    for (int i = 0; i < n; ++i) {
+        const int fa = Fold(a[i]), fb = Fold(b[i]);
+        if (fa != fb) return fa - fb;
+        if (fa == 0) return 0;
+    }
+    return 0;
+}
+
+// --- Numbers and codes ----------------------------------------------------
+
+int32_t RzString::atol() const {
+    // strtol saturates at the limits of `long`; the framework's numbers are
+    // 32-bit, so saturate there as well.
+    const long v = ::strtol(c_str(), nullptr, 10);
+    if (v > INT32_MAX) return INT32_MAX;
+    if (v < INT32_MIN) return INT32_MIN;
+    return static_cast<int32_t>(v);
+}
+
+double RzString::atof() const {
+    return ::atof(c_str());
+}
+
+RzString RzString::ltoa(int32_t v) {
+    *this = Format("%ld", static_cast<long>(v));
+    return *this;
+}
+
+RzString RzString::ftoa(double v, const char* format) {
+    *this = Format(format ? format : "%f", v);
+    return *this;
+}
+
+RzString RzString::Printf(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    *this = FormatV(format, args);
+    va_end(args);
+    return *this;
+}
+
+RzString RzString::FromSig(uint32_t sig) {
+    char text[4];
+    for (int i = 0; i < 4; ++i) {
+        const char c = static_cast<char>((sig >> (24 - 8 * i)) & 0xFF);
+        text[i] = c ? c : ' ';
+    }
+    Set(text, 4);
+    return *this;
+}
+
+uint32_t RzString::ToSig() const {
+    const int32_t n = length();
+    if (n <= 0) return 0;
+    uint32_t sig = 0;
+    for (int32_t i = 0; i < 4; ++i) {
+        const unsigned char c = i < n ? static_cast<unsigned char>(data->chars[i]) : ' ';
+        sig = (sig << 8) | c;
+    }
+    return sig;
+}

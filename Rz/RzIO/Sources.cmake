@@ -1,0 +1,3 @@
+rz_add_sources(RzIO
+  HEADERS RzDebug.h
+  SOURCES RzDebug.cpp)

@@ -1,0 +1,1 @@
+rz_add_sources(RzSystem)

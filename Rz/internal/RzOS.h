@@ -1,0 +1,24 @@
+// The operating-system seam. Everything the framework needs from the system
+// that is not the C library is declared here and implemented once per system
+// (RzOS_linux.cpp); the shared logic above it never tests for a platform.
+#ifndef RZ_INTERNAL_RZOS_H
+#define RZ_INTERNAL_RZOS_H
+
+#include <stdint.h>
+
+// The system version in the framework's BCD form, or 0 when it cannot be read.
+int32_t RzOSSystemVersion();
+
+// The platform code of this system, or 0 when it is to be derived from the
+// system version (Mac OS).
+int32_t RzOSPlatform();
+
+// BCD form of a version: two digits of major, one of minor, one of patch;
+// each field is clamped to 0..99, 0..9 and 0..9.
+int32_t RzBCDVersion(long major, long minor, long patch);
+
+// Reads "major.minor.patch..." from a release text such as "6.1.0-18-amd64";
+// missing fields count as 0. Returns 0 when the text starts with no number.
+int32_t RzBCDVersionFromRelease(const char* release);
+
+#endif

@@ -1,0 +1,61 @@
+#include <Rz/Mac/RzByteOrder.h>
+
+#include <Rz/internal/RzOS.h>
+
+#include "support/RzTestSupport.h"
+
+TEST(RzByteOrder, Swaps) {
+    EXPECT_EQ(SwapShort(0x1234), 0x3412);
+    EXPECT_EQ(SwapUShort(0xFF00), 0x00FF);
+    EXPECT_EQ(SwapLong(0x12345678), 0x78563412);
+    EXPECT_EQ(SwapULong(0x80000001u), 0x01000080u);
+    EXPECT_EQ(SwapShort(SwapShort(-2)), -2);
+    EXPECT_EQ(SwapLong(SwapLong(-123456)), -123456);
+    EXPECT_EQ(SwapShort(static_cast<short>(0x80FF)), static_cast<short>(0xFF80));
+}
+
+TEST(RzByteOrder, SwapArrays) {
+    short shorts[3] = {0x0102, 0x0304, 0x0506};
+    EXPECT_EQ(SwapShortPtr(shorts, 2), shorts);
+    EXPECT_EQ(shorts[0], 0x0201);
+    EXPECT_EQ(shorts[1], 0x0403);
+    EXPECT_EQ(shorts[2], 0x0506);  // beyond the count: untouched
+    EXPECT_EQ(SwapShortPtr(nullptr, 5), nullptr);
+
+    int32_t longs[2] = {0x01020304, 0x05060708};
+    EXPECT_EQ(SwapLongPtr(longs, 0), longs);
+    EXPECT_EQ(SwapLongPtr(longs, -1), longs);
+    EXPECT_EQ(longs[0], 0x01020304);
+    SwapLongPtr(longs, 2);
+    EXPECT_EQ(longs[0], 0x04030201);
+    EXPECT_EQ(longs[1], 0x08070605);
+}
+
+TEST(RzByteOrder, HostAndPlatform) {
+    EXPECT_EQ(RzGetEndian(), 1);  // x86 and the other Linux targets we build for
+    EXPECT_EQ(RzGetPlatform(), kRzPlatformLinux);
+    EXPECT_TRUE(RzPlatformIsUnix(RzGetPlatform()));
+    EXPECT_TRUE(RzPlatformIsUnix(kRzPlatformMacOSX));
+    EXPECT_FALSE(RzPlatformIsUnix(kRzPlatformMacOS9));
+    EXPECT_GT(RzGetSystemVersion(), 0);
+    EXPECT_EQ(RzGetSystemVersion(), RzGetSystemVersion());
+}
+
+TEST(RzByteOrder, SystemVersionFromKernelRelease) {
+    struct Case {
+        const char* release;
+        int32_t bcd;
+    } cases[] = {
+        {"6.1.0-18-amd64", 0x0610},
+        {"5.15.120", 0x0599},
+        {"10.4.9", 0x1049},
+        {"4.19", 0x0490},
+        {"3", 0x0300},
+        {"123.4.5", 0x9945},
+        {"6.1.0.1-rc", 0x0610},
+        {"6.x", 0x0600},
+        {"", 0},
+        {"linux", 0},
+    };
+    for (const Case& c : cases) EXPECT_EQ(RzBCDVersionFromRelease(c.release), c.bcd) << c.release;
+}

@@ -1,0 +1,82 @@
+#include <Rz/RzCore/RzError.h>
+
+#include <string.h>
+
+#include <string>
+
+#include "support/RzTestSupport.h"
+
+TEST(RzError, DefaultIsNoError) {
+    RzError e;
+    EXPECT_EQ(e.GetErr(), 0u);
+    EXPECT_STREQ(e.GetErrName(), "Unknown");
+    EXPECT_STREQ(e.GetFileName(), "");
+    EXPECT_EQ(e.GetLine(), 0);
+    EXPECT_STREQ(e.what(), "No Error");
+}
+
+TEST(RzError, KeepsOnlyTheFileBaseName) {
+    struct Case {
+        const char* file;
+        const char* expected;
+    } cases[] = {{"a/b/c/RzFile", "RzFile"},
+                 {"x\\y\\z", "z"},
+                 {"RzString", "RzString"},
+                 {"dir/", ""},
+                 {nullptr, ""}};
+    for (const Case& c : cases) {
+        RzError e(3, "RzArgErr", c.file, 12);
+        EXPECT_STREQ(e.GetFileName(), c.expected) << (c.file ? c.file : "(null)");
+        EXPECT_EQ(e.GetLine(), 12);
+    }
+    EXPECT_STREQ(RzError(3, nullptr, "f", 1).GetErrName(), "Unknown");
+}
+
+TEST(RzError, WhatFormatsCodeAndNameInAFreshBufferEachCall) {
+    RzError e(19, "RzFormatErr", "RzDataBase", 91);
+    const char* first = e.what();
+    EXPECT_STREQ(first, "Error=19 (RzFormatErr)");
+    std::string kept = first;
+    const char* second = e.what();
+    EXPECT_EQ(kept, second);
+    // A code that the framework treats as 32-bit prints as the signed value.
+    EXPECT_STREQ(RzError(0xFFFFFFFFu, "err", nullptr, 0).what(), "Error=-1 (err)");
+    // A long name never overflows the buffer.
+    std::string longName(5000, 'n');
+    EXPECT_EQ(std::string(RzError(7, longName.c_str(), longName.c_str(), 1).what()),
+              "Error=7 (" + longName + ")");
+}
+
+TEST(RzError, CopyAndAssignment) {
+    RzError original(7, "RzIndexError", "RzArray", 40);
+    RzError copy(original);
+    EXPECT_EQ(copy.GetErr(), 7u);
+    EXPECT_STREQ(copy.GetErrName(), "RzIndexError");
+    EXPECT_STREQ(copy.GetFileName(), "RzArray");
+    EXPECT_EQ(copy.GetLine(), 40);
+    EXPECT_NE(copy.GetErrName(), original.GetErrName());  // a copy, not shared
+
+    RzError assigned;
+    assigned = original;
+    EXPECT_STREQ(assigned.GetErrName(), "RzIndexError");
+    EXPECT_STREQ(assigned.GetFileName(), "RzArray");
+
+    // Self-assignment frees the fields before reading them.
+    RzError& alias = assigned;
+    assigned = alias;
+    EXPECT_STREQ(assigned.GetErrName(), "Unknown");
+    EXPECT_STREQ(assigned.GetFileName(), "");
+    EXPECT_EQ(assigned.GetErr(), 7u);
+}
+
+TEST(RzError, ThrowSysError) {
+    RzError e = CatchRzError([] { RzError::ThrowSysError(-43, ""); });
+    EXPECT_EQ(e.GetErr(), 68u);
+    EXPECT_STREQ(e.GetErrName(), "System error: -43");
+    EXPECT_STREQ(e.GetFileName(), "");
+    EXPECT_EQ(e.GetLine(), 0);
+    EXPECT_STREQ(CatchRzError([] { RzError::ThrowSysError(5, "open"); }).GetErrName(),
+                 "System error: 5 open");
+    EXPECT_STREQ(CatchRzError([] { RzError::ThrowSysError(5, nullptr); }).GetErrName(),
+                 "System error: 5");
+}

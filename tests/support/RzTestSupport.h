@@ -1,0 +1,55 @@
+// Shared helpers for the unit tests.
+#ifndef RZ_TESTS_SUPPORT_RZTESTSUPPORT_H
+#define RZ_TESTS_SUPPORT_RZTESTSUPPORT_H
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include <Rz/RzCore/RzError.h>
+#include <Rz/RzIO/RzDebug.h>
+
+// Expects `statement` to throw an RzError with the given code and name.
+#define EXPECT_RZ_ERROR(statement, expectedCode, expectedName)                                    \
+    do {                                                                                          \
+        bool rzThrown = false;                                                                    \
+        try {                                                                                     \
+            statement;                                                                            \
+        } catch (const RzError& rzError) {                                                        \
+            rzThrown = true;                                                                      \
+            EXPECT_EQ(rzError.GetErr(), static_cast<uint32_t>(expectedCode));                     \
+            EXPECT_STREQ(rzError.GetErrName(), expectedName);                                     \
+        }                                                                                         \
+        EXPECT_TRUE(rzThrown) << "expected RzError " << (expectedName) << " from " << #statement; \
+    } while (0)
+
+// Runs `statement` and returns the RzError it throws (fails the test if none).
+template <typename F>
+RzError CatchRzError(F statement) {
+    try {
+        statement();
+    } catch (const RzError& e) {
+        return e;
+    }
+    ADD_FAILURE() << "no RzError thrown";
+    return RzError();
+}
+
+// Saves the debug level and restores it when the test ends.
+class DebugLevelGuard {
+public:
+    explicit DebugLevelGuard(int level) : saved(RzGetDebugLevelImpl()) {
+        RzSetDebugLevelImpl(level);
+    }
+    ~DebugLevelGuard() { RzSetDebugLevelImpl(saved); }
+
+private:
+    int saved;
+};
+
+// Bytes as a std::string, for comparisons that include zero bytes.
+inline std::string Bytes(const char* p, size_t n) {
+    return std::string(p, n);
+}
+
+#endif
