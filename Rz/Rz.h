@@ -5,6 +5,8 @@
 #include <Rz/RzCore/RzDefs.h>
 #include <Rz/RzCore/RzError.h>
 #include <Rz/RzCore/RzString.h>
+#include <Rz/RzData/RzArray.h>
+#include <Rz/RzData/RzList.h>
 #include <Rz/RzIO/RzDebug.h>
 #include <Rz/Mac/RzByteOrder.h>
 

@@ -72,4 +72,8 @@ private:
     int32_t line;
 };
 
+// Throws RzError(code, name, unit, line). Every error the framework raises
+// goes through here; `unit` is the raising unit's base name ("RzString").
+[[noreturn]] void RzRaise(uint32_t code, const char* name, const char* unit, int line);
+
 #endif

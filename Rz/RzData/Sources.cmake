@@ -1,1 +1,2 @@
-rz_add_sources(RzData)
+rz_add_sources(RzData
+  HEADERS RzArray.h RzList.h)

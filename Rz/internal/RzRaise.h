@@ -6,9 +6,7 @@
 #ifndef RZ_INTERNAL_RZRAISE_H
 #define RZ_INTERNAL_RZRAISE_H
 
-#include <stdint.h>
-
-[[noreturn]] void RzRaise(uint32_t code, const char* name, const char* unit, int line);
+#include <Rz/RzCore/RzError.h>
 
 #define RZ_RAISE(code, name) RzRaise((code), (name), kRzUnit, __LINE__)
 
