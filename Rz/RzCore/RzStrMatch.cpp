@@ -65,7 +65,7 @@ bool StrMatchMax(const char* pattern, const char* text, int32_t budget) {
     // Equal suffixes can only start on the diagonal j = i + (tlen - plen).
     const int64_t shift = static_cast<int64_t>(tlen) - static_cast<int64_t>(plen);
     std::vector<char> suffixEqual(plen + 1, 0);
-    suffixEqual[plen] = shift == 0;
+    suffixEqual[plen] = 1;  // both suffixes empty
     for (size_t i = plen; i-- > 0;) {
         const int64_t j = static_cast<int64_t>(i) + shift;
         suffixEqual[i] = j >= 0 && suffixEqual[i + 1] && pattern[i] == text[j];

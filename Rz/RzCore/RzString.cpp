@@ -18,12 +18,18 @@ namespace {
 
 const size_t kHeaderSize = offsetof(RzStringData, chars);
 
-// A buffer of the given capacity with only the header and terminator set.
-RzStringData* AllocateStringData(int64_t capacity, bool isBinary) {
-    if (capacity > INT32_MAX - static_cast<int64_t>(kHeaderSize) - 1) throw std::bad_alloc();
+const int64_t kMaxRoom = INT32_MAX - static_cast<int64_t>(kHeaderSize) - 1;
+
+// A buffer of the given capacity (and at least that much room) with only the
+// header and terminator set.
+RzStringData* AllocateStringData(int64_t capacity, bool isBinary, int64_t room = 0) {
+    if (capacity > kMaxRoom) throw std::bad_alloc();
+    if (room < capacity) room = capacity;
+    if (room > kMaxRoom) room = kMaxRoom;
     RzStringData* d =
-        static_cast<RzStringData*>(::operator new(kHeaderSize + static_cast<size_t>(capacity) + 1));
+        static_cast<RzStringData*>(::operator new(kHeaderSize + static_cast<size_t>(room) + 1));
     d->refCount = 1;
+    d->room = static_cast<int32_t>(room);
     d->capacity = static_cast<int32_t>(capacity);
     d->length = 0;
     d->isBinary = isBinary;
@@ -113,18 +119,25 @@ RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n) {
         if (2 * needed < 3 * static_cast<int64_t>(data->capacity))
             needed = 3 * static_cast<int64_t>(data->capacity) / 2;
         if (needed < 10) needed = 10;
-        RzStringData* grown = AllocateStringData(needed, data->isBinary);
-        memcpy(grown->chars, data->chars, static_cast<size_t>(data->length) + 1);
-        grown->length = data->length;
-        grown->lengthIsCounted = data->lengthIsCounted;
-        // Appending a piece of the string to itself: read it from the new
-        // buffer, since the old one is about to go.
-        const uintptr_t from = reinterpret_cast<uintptr_t>(data->chars);
-        const uintptr_t at = reinterpret_cast<uintptr_t>(source);
-        if (at >= from && at <= from + static_cast<uintptr_t>(data->capacity))
-            source = grown->chars + (at - from);
-        ::operator delete(data);
-        data = grown;
+        if (needed <= data->room) {
+            // The block already has the room: only the capacity moves.
+            data->capacity = static_cast<int32_t>(needed);
+            data->chars[needed] = 0;
+        } else {
+            // Keep twice the room, so that the next steps fit in place.
+            RzStringData* grown = AllocateStringData(needed, data->isBinary, 2 * needed);
+            memcpy(grown->chars, data->chars, static_cast<size_t>(data->length) + 1);
+            grown->length = data->length;
+            grown->lengthIsCounted = data->lengthIsCounted;
+            // Appending a piece of the string to itself: read it from the new
+            // buffer, since the old one is about to go.
+            const uintptr_t from = reinterpret_cast<uintptr_t>(data->chars);
+            const uintptr_t at = reinterpret_cast<uintptr_t>(source);
+            if (at >= from && at <= from + static_cast<uintptr_t>(data->room))
+                source = grown->chars + (at - from);
+            ::operator delete(data);
+            data = grown;
+        }
     }
     if (source && n > 0) memmove(data->chars + data->length, source, static_cast<size_t>(n));
     data->length += n;

@@ -29,10 +29,16 @@ struct RzStringData {
     int32_t capacity;  // character bytes the buffer can hold, terminator excluded
     int32_t length;    // characters in use; -1: unknown, counted when next asked
     bool isBinary;     // binary content: length is authoritative, never recounted
-    // Bookkeeping: set while `length` is known and no zero byte lies before
-    // it, so that appending need not count the text again.
+    // Bookkeeping of this implementation, not part of the buffer's meaning:
+    // set while `length` is known and no zero byte lies before it, so that
+    // appending need not count the text again.
     bool lengthIsCounted;
-    char chars[1];  // capacity + 1 bytes in the real block
+    // Bookkeeping: character bytes the block really holds (>= capacity).
+    // Appending keeps spare room here so that growing the capacity by its
+    // documented steps seldom has to copy. Buffers come from NewStringData
+    // and CatStringData only.
+    int32_t room;
+    char chars[1];  // room + 1 bytes in the real block
 };
 
 // A new buffer with refCount 1, capacity n and chars[n] = 0. With a source, n

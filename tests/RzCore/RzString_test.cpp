@@ -164,6 +164,22 @@ TEST(RzString, AppendGrowth) {
     u += "0123456789012345678901234567890123456789";
     EXPECT_EQ(Capacity(u), 42);
 
+    // One byte at a time, the capacity follows the documented steps exactly
+    // (whatever spare room the block keeps behind them).
+    RzString grown;
+    int32_t expected = 0;
+    for (int i = 0; i < 5000; ++i) {
+        grown += 'x';
+        if (i + 1 > expected) {
+            int32_t needed = i + 1;
+            if (2 * needed < 3 * expected) needed = 3 * expected / 2;
+            expected = needed < 10 ? 10 : needed;
+        }
+        ASSERT_EQ(Capacity(grown), expected) << "after " << i + 1 << " bytes";
+        ASSERT_EQ(grown.c_str()[Capacity(grown)], 0);
+    }
+    EXPECT_RZ_ERROR(grown[expected], kRzIndexError, "RzIndexError");
+
     // Appending nothing to the null string gives a non-null empty buffer.
     RzString n;
     n += RzString();
@@ -383,6 +399,10 @@ TEST(RzString, StrMatchMaxHonoursTheBudget) {
     EXPECT_TRUE(StrMatchMax(pattern, text2, 0));
     EXPECT_FALSE(StrMatchMax(pattern, text2, -1));
     EXPECT_TRUE(StrMatchMax("", "", -5));
+    // Equal suffixes end the walk with a match once reached within budget.
+    const char stars[] = "****", marks[] = "???****";
+    EXPECT_TRUE(StrMatchMax(stars, marks, 3));
+    EXPECT_FALSE(StrMatchMax(stars, marks, 2));
     // The same pointer matches whatever the budget.
     const char* text = "xyz";
     EXPECT_TRUE(StrMatchMax(text, text, -1));
