@@ -68,7 +68,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 listModel.resize(std::min(arg % (count + 4), count));
                 break;
             case 4: {
-                RzList<RzString> copy(list);
+                RzList<RzString> copy(list);  // keeps the ring layout
+                Check(copy.head == list.head && copy.tail == list.tail);
                 CheckSame(copy, listModel);
                 list = copy;
                 Check(list.head == 0);

@@ -1,8 +1,5 @@
 #include <Rz/RzData/RzList.h>
 
-#include <algorithm>
-#include <deque>
-#include <random>
 #include <vector>
 
 #include "support/RzContainerTestSupport.h"
@@ -10,88 +7,64 @@
 
 namespace {
 
-template <class T>
-std::vector<int> Values(const RzList<T>& list) {
+std::vector<int> Values(const RzList<int>& list) {
     std::vector<int> v;
-    for (int i = 0; i < list.count; ++i) v.push_back(list[i].value);
+    for (int i = 0; i < list.count; ++i) v.push_back(list[i]);
     return v;
-}
-
-testing::AssertionResult Matches(const RzList<int>& list, const std::deque<int>& model,
-                                 int capacity) {
-    std::vector<int> got;
-    for (int i = 0; i < list.count; ++i) got.push_back(list[i]);
-    if (got != std::vector<int>(model.begin(), model.end()) || list.storage.count != capacity)
-        return testing::AssertionFailure() << "elements or capacity " << list.storage.count;
-    if (list.count > 0 && list.tail != (list.head + list.count - 1) % capacity)
-        return testing::AssertionFailure() << "tail " << list.tail << " head " << list.head;
-    return testing::AssertionSuccess();
 }
 
 }  // namespace
 
-TEST(RzList, BehavesLikeADequeGrowingTo2nPlus1) {
-    std::mt19937 random(7);
-    RzList<int> list;
-    std::deque<int> model;
-    int capacity = 10;
-    for (int step = 0; step < 4000; ++step) {
-        const int count = static_cast<int>(model.size());
-        const int op = static_cast<int>(random() % 8);
-        if (op < 5) {  // additions
-            if (count == capacity) capacity = 2 * count + 1;
-            if (op < 3) {
-                list.AddBack(step);
-                model.push_back(step);
-            } else {
-                list.AddFront(step);
-                model.push_front(step);
-            }
-        } else if (op < 7 && count > 0) {
-            const int i = static_cast<int>(random() % count);
-            list.Remove(i);
-            model.erase(model.begin() + i);
-        } else if (op == 7) {
-            const int n = static_cast<int>(random() % (count + 4));
-            list.ReSize(n);  // compared with the count, not the capacity
-            if (n != count) capacity = n;
-            model.resize(std::min(n, count));
+// Random operation sequences against a std::deque model run in the
+// containers fuzz target; these are the layouts worth pinning down.
+TEST(RzList, RingLayoutGrowthAndResizing) {
+    for (bool front : {false, true}) {
+        RzList<int> list;
+        std::vector<int> capacities;
+        for (int i = 0; i < 43; ++i) {
+            front ? list.AddFront(i) : list.AddBack(i);
+            if (i == 9 || i == 10 || i == 21) capacities.push_back(list.storage.count);
         }
-        ASSERT_TRUE(Matches(list, model, capacity)) << "step " << step << " op " << op;
-        if (step % 50 == 0) {
-            RzList<int> copy(list);  // keeps the ring layout, slot for slot
-            EXPECT_TRUE(copy.head == list.head && copy.tail == list.tail);
-            EXPECT_TRUE(
-                std::equal(list.storage.data, list.storage.data + capacity, copy.storage.data));
-            RzList<int> assigned;
-            assigned.AddFront(-1);
-            assigned = list;  // linearised
-            EXPECT_TRUE(Matches(assigned, model, capacity));
-            EXPECT_EQ(assigned.head, 0);
-        }
+        // A full list may be passed one of its own elements.
+        front ? list.AddFront(list[42]) : list.AddBack(list[0]);
+        capacities.push_back(list.storage.count);
+        EXPECT_EQ(capacities, std::vector<int>({10, 21, 43, 87}));
+        EXPECT_TRUE(list[0] == 0 && list[43] == 0 && list[front ? 1 : 42] == 42);
     }
-}
-
-TEST(RzList, RingPlacementAtTheEdges) {
     RzList<int> list;
-    EXPECT_TRUE(list.count == 0 && list.tail == -1 && list.storage.count == 10);
     list.AddFront(1);  // the last slot
     list.AddBack(2);   // wraps to slot 0
     EXPECT_TRUE(list.head == 9 && list.tail == 0 && list.storage[9] == 1 && list.storage[0] == 2);
+    RzList<int> copy(list);  // the layout is kept
+    EXPECT_TRUE(copy.head == 9 && copy.tail == 0 && Values(copy) == Values(list));
+    RzList<int> assigned;
+    assigned = list;  // linearised
+    EXPECT_TRUE(assigned.head == 0 && assigned.tail == 1 && Values(assigned) == Values(list));
+    list.Remove(1);
+    list.Remove(0);
+    EXPECT_TRUE(list.count == 0 && list.head == 9 && list.tail == 8);
+    list.AddBack(6);  // element 0 stays at the head slot
+    EXPECT_TRUE(list.storage[9] == 6 && list[0] == 6);
     RzList<int> one;
     one.AddBack(5);
     one.Remove(0);
-    EXPECT_TRUE(one.count == 0 && one.tail == 9);
+    EXPECT_TRUE(one.count == 0 && one.tail == 9);  // wrapped back
     one.AddBack(6);
     EXPECT_EQ(one.storage[0], 6);
-    // An addition to a full list may pass one of the list's own elements.
-    for (bool front : {false, true}) {
-        RzList<int> full;
-        for (int i = 0; i < 10; ++i) full.AddBack(i);
-        front ? full.AddFront(full[9]) : full.AddBack(full[0]);
-        EXPECT_EQ(full.storage.count, 21);
-        EXPECT_EQ(full[0], front ? 9 : 0);
-        EXPECT_EQ(full[10], front ? 9 : 0);
+
+    list = one;
+    for (int i = 0; i < 11; ++i) list.AddBack(i);
+    for (int i = 0; i < 7; ++i) list.Remove(0);  // five left in a ring of 21
+    struct Case {
+        int n, capacity;
+        std::vector<int> values;
+    } cases[] = {{5, 21, {6, 7, 8, 9, 10}},  // the element count: no effect
+                 {8, 8, {6, 7, 8, 9, 10}},
+                 {3, 3, {6, 7, 8}},
+                 {3, 3, {6, 7, 8}}};  // a full list cannot be resized to its size
+    for (const Case& c : cases) {
+        list.ReSize(c.n);
+        EXPECT_TRUE(list.storage.count == c.capacity && Values(list) == c.values) << c.n;
     }
 }
 
@@ -129,8 +102,9 @@ TEST(RzList, FailedAdditionsKeepTheElements) {
             TrackedCounts::failAfter = -1;
             if (!failed) break;
             list.AddBack(x);
-            EXPECT_EQ(Values(list), std::vector<int>({0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10}))
-                << front << " failing at " << failAt;
+            std::vector<int> values;
+            for (int i = 0; i < list.count; ++i) values.push_back(list[i].value);
+            EXPECT_EQ(values, std::vector<int>({0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10})) << failAt;
         }
     }
     EXPECT_EQ(TrackedCounts::live, 0);
