@@ -4,7 +4,10 @@
 
 #include <Rz/RzCore/RzDefs.h>
 #include <Rz/RzCore/RzError.h>
+#include <Rz/RzCore/RzMemory.h>
+#include <Rz/RzCore/RzObject.h>
 #include <Rz/RzCore/RzString.h>
+#include <Rz/RzCore/RzTemplates.h>
 #include <Rz/RzData/RzArray.h>
 #include <Rz/RzData/RzList.h>
 #include <Rz/RzIO/RzDebug.h>

@@ -1,3 +1,3 @@
 rz_add_sources(RzCore
-  HEADERS RzDefs.h RzError.h RzString.h
-  SOURCES RzError.cpp RzString.cpp RzStrMatch.cpp)
+  HEADERS RzDefs.h RzError.h RzMemory.h RzObject.h RzString.h RzTemplates.h
+  SOURCES RzError.cpp RzMemory.cpp RzObject.cpp RzString.cpp RzStrMatch.cpp RzTemplates.cpp)

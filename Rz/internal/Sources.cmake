@@ -6,5 +6,5 @@ else()
   message(FATAL_ERROR "Rz has no operating-system layer for ${CMAKE_SYSTEM_NAME} yet")
 endif()
 rz_add_sources(internal
-  HEADERS RzRaise.h RzOS.h
+  HEADERS RzRaise.h RzOS.h RzMemoryHooks.h
   SOURCES ${rz_os_source})

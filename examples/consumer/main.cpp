@@ -17,6 +17,20 @@ int main() {
     } catch (const RzError& e) {
         if (e.GetErr() != 7) return 1;
     }
+    RzList<RzString> names;
+    for (int i = 0; i < 12; ++i) names.AddFront(copy);
+    names.Remove(0);
+    RzArray<RzString> words(2);
+    words[1] = names[10];
+    if (names.count != 11 || !(words[1] == "photo.jpg")) return 1;
+    RzObject* object = new RzObject;
+    {
+        RzSmartPtr<RzObject> held(object);
+        object->Delete();
+        if (held->RefCount() != 1) return 1;
+    }
+    void* block = RzClone("abc", 4);
+    RzFree(block);
     printf("rz consumer: %s, platform 0x%lx, ok\n", copy.c_str(),
            static_cast<unsigned long>(RzGetPlatform()));
     return 0;

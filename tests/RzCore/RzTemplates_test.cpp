@@ -1,0 +1,75 @@
+#include <Rz/RzCore/RzTemplates.h>
+
+#include <string>
+
+#include <Rz/RzCore/RzObject.h>
+
+#include "support/RzTestSupport.h"
+
+namespace {
+
+// Logs every count operation in order and never destroys itself.
+struct Counted {
+    int RefCount() const { return count; }
+    Counted* NewRef() {
+        *log += "+" + name;
+        ++count;
+        return this;
+    }
+    void Delete() {
+        *log += "-" + name;
+        --count;
+    }
+    std::string name;
+    std::string* log;
+    int count = 1;
+};
+
+}  // namespace
+
+TEST(RzSmartPtr, TakesTheNewReferenceBeforeDroppingTheOld) {
+    std::string log;
+    Counted a{"a", &log}, b{"b", &log};
+    {
+        RzSmartPtr<Counted> p;
+        EXPECT_FALSE(p);
+        p = &a;
+        p = &a;  // the same pointer: nothing
+        p = &b;
+        RzSmartPtr<Counted>& alias = p;
+        p = alias;  // nothing either
+        RzSmartPtr<Counted> q(p), r(&a);
+        q = r;
+        EXPECT_EQ(log, "+a+b-a+b+a+a-b");
+        p = static_cast<Counted*>(nullptr);
+        EXPECT_EQ(p.get(), nullptr);
+        EXPECT_TRUE(q && q.get() == &a && &*q == &a && q->name == "a");
+        log.clear();
+    }
+    EXPECT_EQ(log, "-a-a");  // r and q; p held nothing
+    EXPECT_EQ(a.count, 1);
+    EXPECT_EQ(b.count, 1);
+}
+
+TEST(RzSmartPtr, DoesNotAdoptTheCreatorsReference) {
+    RzObject* raw = new RzObject;
+    RzSmartPtr<RzObject> p(raw);
+    EXPECT_EQ(raw->RefCount(), 2);
+    raw->Delete();  // the creator lets go; p's reference frees it (checked by ASan)
+}
+
+TEST(RzSmartPtr, ReleasingAnObjectWithoutReferencesRaisesPtrInvalid) {
+    for (int count : {0, -1}) {
+        std::string log;
+        Counted dead{"d", &log};
+        RzError e = CatchRzError([&] {
+            RzSmartPtr<Counted> p(&dead);
+            dead.count = count;
+        });
+        EXPECT_EQ(e.GetErr(), 20u);
+        EXPECT_STREQ(e.GetErrName(), "RzPtrInvalid");
+        EXPECT_STREQ(e.GetFileName(), "RzTemplates");
+        EXPECT_EQ(e.GetLine(), 206);
+        EXPECT_EQ(log, "+d");  // no Delete
+    }
+}

@@ -1,0 +1,61 @@
+// Element types and probes for container tests.
+#ifndef RZ_TESTS_SUPPORT_RZCONTAINERTESTSUPPORT_H
+#define RZ_TESTS_SUPPORT_RZCONTAINERTESTSUPPORT_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <Rz/RzCore/RzString.h>
+
+// Live instances and constructions of the Tracked types, and a fault
+// injector: when `failAfter` is n >= 0, the n-th following construction or
+// copy assignment (0-based) throws int; -1 never.
+struct TrackedCounts {
+    static inline int live = 0;
+    static inline int constructions = 0;
+    static inline int failAfter = -1;
+    static void MayFail() {
+        if (failAfter >= 0 && failAfter-- == 0) throw 42;
+    }
+};
+
+// An int-holding element whose every transfer is a copy that may fail.
+struct Tracked : TrackedCounts {
+    Tracked() {
+        MayFail();
+        ++live;
+        ++constructions;
+    }
+    Tracked(const Tracked& other) : value(other.value) {
+        MayFail();
+        ++live;
+        ++constructions;
+    }
+    Tracked& operator=(const Tracked& other) {
+        MayFail();
+        value = other.value;
+        return *this;
+    }
+    ~Tracked() { --live; }
+    int value = 0;
+};
+
+// The same with a move assignment that cannot fail, which containers may use.
+struct MovableTracked : Tracked {
+    MovableTracked() = default;
+    MovableTracked(const MovableTracked&) = default;
+    MovableTracked& operator=(const MovableTracked&) = default;
+    MovableTracked& operator=(MovableTracked&& other) noexcept {
+        value = other.value;
+        other.value = -1;
+        return *this;
+    }
+};
+
+// Strings sharing the buffer of a non-null string.
+inline int32_t SharingCount(const RzString& s) {
+    return reinterpret_cast<const RzStringData*>(s.c_str() - offsetof(RzStringData, chars))
+        ->refCount;
+}
+
+#endif
