@@ -11,6 +11,7 @@
 #include <Rz/RzData/RzArray.h>
 #include <Rz/RzData/RzList.h>
 #include <Rz/RzIO/RzDebug.h>
+#include <Rz/RzIO/RzStream.h>
 #include <Rz/Mac/RzByteOrder.h>
 
 #endif

@@ -1,3 +1,3 @@
 rz_add_sources(RzIO
-  HEADERS RzDebug.h
-  SOURCES RzDebug.cpp)
+  HEADERS RzDebug.h RzStream.h
+  SOURCES RzDebug.cpp RzStream.cpp)
