@@ -1,3 +1,3 @@
 rz_add_sources(RzCore
   HEADERS RzDefs.h RzError.h RzString.h
-  SOURCES RzError.cpp RzString.cpp RzStrMatch.cpp)
+  SOURCES RzError.cpp RzString.cpp RzStringEdit.cpp RzStrMatch.cpp)
