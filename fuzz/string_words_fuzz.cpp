@@ -3,9 +3,10 @@
 // Input: byte 0 holds the number of separator bytes (bits 0-1, 0 meaning the
 // defaults) and whether the text is binary (bit 2); the separators follow,
 // and the rest is the text. Checks that word reading always advances and
-// agrees with CountWords, that UnQuoteString fails only with RzError 19, that
-// quoting and unquoting give back the text up to its first zero byte, and
-// that splitting and merging again give back a plain text.
+// agrees with CountWords; that searching for the first words finds what a
+// plain comparison at every position finds; that UnQuoteString fails only
+// with RzError 19; that quoting and unquoting give back the text up to its
+// first zero byte; and that splitting and merging give back a plain text.
 #include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
@@ -20,6 +21,18 @@ void Check(bool ok) {
     if (!ok) abort();
 }
 
+// The first position at which `what` compares equal over its length, as
+// strncmp (or Rzstrincmp) sees it.
+int32_t PlainFind(const RzString& text, const RzString& what, bool ignoreCase) {
+    const int32_t n = text.length(), m = what.length();
+    for (int32_t p = 0; p <= n - m; ++p) {
+        const char* at = text.c_str() + p;
+        if ((ignoreCase ? Rzstrincmp(at, what.c_str(), m) : strncmp(at, what.c_str(), m)) == 0)
+            return p;
+    }
+    return -1;
+}
+
 void ReadAllWords(const RzString& text, bool quotes, const RzString& separators) {
     int32_t pos = 0, words = 0;
     for (;;) {
@@ -28,6 +41,10 @@ void ReadAllWords(const RzString& text, bool quotes, const RzString& separators)
         if (word.length() == 0) break;
         Check(pos > before && pos <= text.length());
         Check(word.length() <= pos - before);
+        if (words < 4) {
+            Check(text.find(word, 0, false) == PlainFind(text, word, false));
+            Check(text.find(word, 0, true) == PlainFind(text, word, true));
+        }
         ++words;
     }
     Check(pos == text.length());

@@ -617,7 +617,9 @@ void RzString::MergeStrings(const RzArray<RzString>& list, const RzString& separ
 // --- Quoting ------------------------------------------------------------------------------
 
 RzString RzString::QuoteString() const {
-    RzString result(2 * length() + 2, false);
+    const int64_t room = 2 * int64_t(length()) + 2;
+    if (room > kMaxCapacity) throw std::bad_alloc();
+    RzString result(static_cast<int32_t>(room), false);
     result += '"';
     for (const char* p = c_str(); *p; ++p) {
         if (*p == '"' || *p == '\\') result += '\\';
