@@ -21,6 +21,7 @@
 #include <stdint.h>
 
 #include <Rz/RzCore/RzDefs.h>
+#include <Rz/RzData/RzArray.h>
 
 // The shared buffer: header and characters in one block from the global
 // operator new. chars[capacity] is always zero.
@@ -163,6 +164,105 @@ public:
     // The inverse: up to four characters, padded with blanks; "" gives 0.
     uint32_t ToSig() const;
 
+    // --- Searching --------------------------------------------------------------
+    //
+    // Positions count from 0; -1 means "not found". Searches compare like
+    // strncmp over the length of `what`: a `what` holding a zero byte matches
+    // up to and including its first zero. With ignoreCase only 'A'..'Z' are
+    // folded, as in Rzstricmp. A negative `from` searches from 0. By default
+    // a search starts at 0 and is case-sensitive.
+
+    // The first position p >= from at which `what` occurs; candidates run up
+    // to length() - what.length(). An empty `what` gives `from` when from <=
+    // length(), else -1.
+    int32_t find(const RzString& what, int32_t from = 0, bool ignoreCase = false) const;
+    // The first position p, from <= p < length(), holding c.
+    int32_t find(char c, int32_t from = 0) const;
+    // The last position at which `what` occurs (an empty `what`: length()).
+    int32_t findreverse(const RzString& what, bool ignoreCase = false) const;
+    // The last position holding c.
+    int32_t findreverse(char c) const;
+    // The first position whose character is any character of `set` (a
+    // position, not a boolean).
+    int32_t containsChar(const RzString& set) const;
+    // With non-empty `separators`: whether c is one of its characters. With an
+    // empty or null one: whether c is one of the five default separators, zero
+    // byte, tab, line feed, carriage return and space.
+    static bool IsWhiteSpace(char c, const RzString& separators = RzString());
+
+    // --- Cutting and rewriting -------------------------------------------------
+
+    // A new string of `count` characters from `from`, keeping the binary flag.
+    // A negative `from` counts as 0; count -1 (or a count reaching past the
+    // end) means "to the end". `from` at or past the end, or count 0, gives a
+    // non-null empty string. Counts below -1 raise "RzArgErr" (3).
+    RzString substr(int32_t from, int32_t count = -1) const;
+    // Every byte equal to `from` before the first zero byte becomes `to`.
+    void Replace(char from, char to);
+    // 'A'..'Z' to lower case (LoCase) or 'a'..'z' to upper case (HiCase) over
+    // all length() characters; no other byte changes.
+    void LoCase();
+    void HiCase();
+    // Reverses the length() characters in place.
+    void Reverse();
+    // For formatted decimal numbers: drops the zeros behind the first '.',
+    // and the point itself when nothing is left behind it ("1.500" -> "1.5",
+    // "2.000" -> "2", ".00" -> "0"). A text without '.' is left as it is;
+    // otherwise the result is a new text buffer.
+    void StripTrailingZeros();
+    // Rewrites every line end (CR, LF or CR LF) to `lineEnd` (by default LF).
+    void AdjustLineFeed(const RzString& lineEnd = RzString("\n"));
+    // Removes every character of `set` from both ends, and returns a copy of
+    // the result. The two flags are accepted and ignored on purpose: both
+    // ends are always stripped. The null string stays null; an empty `set`
+    // strips nothing. By default white space (space, tab, CR, LF) is stripped.
+    RzString Strip(const RzString& set = RzString(" \t\r\n"), bool = true, bool = true);
+
+    // --- Words ------------------------------------------------------------------
+    //
+    // A word is a run of characters between separators; an empty or null
+    // `separators` means the five defaults of IsWhiteSpace. By default words
+    // are read plain (quotes off) with the default separators.
+
+    // Reads the word that starts at or after `pos` and moves `pos` behind the
+    // separator that ends it. Returns the null string when only separators
+    // remain. With `quotes`, a word that starts with '"' runs to the closing
+    // '"' (separators included); a backslash escapes the next character, and
+    // quotes and backslashes are kept (UnQuoteString removes them). A zero
+    // byte ends a quoted word; it is consumed and not kept. A negative `pos`
+    // counts as 0.
+    RzString ReadString(int32_t& pos, bool quotes = false,
+                        const RzString& separators = RzString()) const;
+    // Word number n (from 0) as ReadString reads it from the start; the null
+    // string when there are fewer words or n is negative.
+    RzString ReadWord(int n, bool quotes = false, const RzString& separators = RzString()) const;
+    // The number of words ReadString reads from the start.
+    int32_t CountWords(bool quotes = false, const RzString& separators = RzString()) const;
+    // Empties `out` and stores every word, read with quotes on. A quoted word
+    // is stored as read, with its quotes and backslashes (callers that want
+    // the plain text call UnQuoteString on it).
+    void ReadStrings(RzArray<RzString>& out, const RzString& separators = RzString()) const;
+    // Empties `out` and stores the pieces between separators: a leading or a
+    // doubled separator gives an empty piece, a trailing one does not, and the
+    // empty string gives none.
+    void Split(RzArray<RzString>& out, char separator) const;
+    // Sets this string to the elements of `list` joined by `separator`. The
+    // elements are not quoted, so one holding a separator character does not
+    // come back whole from ReadStrings. By default one space joins them.
+    void MergeStrings(const RzArray<RzString>& list, const RzString& separator = RzString(" "));
+
+    // --- Quoting ------------------------------------------------------------------
+
+    // The text up to its first zero byte in double quotes, with a backslash
+    // before every '"' and '\\'. Nothing else is escaped.
+    RzString QuoteString() const;
+    // The inverse: the text must begin and end with '"' (a lone '"' gives the
+    // empty string), else "RzFormatErr" (19) is raised. Backslash-quote and
+    // backslash-backslash give the second character; a backslash before any
+    // other character, or last, is kept. A zero byte between the quotes ends
+    // the result.
+    RzString UnQuoteString() const;
+
 private:
     static void Release(RzStringData* d) {
         if (d && --d->refCount == 0) ::operator delete(d);
@@ -172,6 +272,11 @@ private:
     // characters: a counted text keeps its length.
     void MakeWritable();
     RzString& Append(const char* source, int32_t n);
+    // MakeWritable, then for a text make sure the length is counted: the same
+    // as WriteAccess followed by length(), without losing a counted length.
+    int32_t EditAccess();
+
+    friend int Replace(const RzString& search, const RzString& replacement, RzString& target);
 
     RzStringData* data;
 };
@@ -192,6 +297,14 @@ bool operator<(const RzString& a, const RzString& b);
 bool operator>(const RzString& a, const RzString& b);
 bool operator<=(const RzString& a, const RzString& b);
 bool operator>=(const RzString& a, const RzString& b);
+
+// Replaces every occurrence of `search` in `target` (case-sensitive) and
+// returns the number of replacements. The scan resumes behind each inserted
+// replacement, so it never matches inside one ("banana" with "a" -> "aa"
+// gives "baanaanaa", 3). Runs in time proportional to the text. An empty
+// `search` replaces nothing and returns 0. The arguments are read as they were
+// on entry, also when one of them is `target` itself.
+int Replace(const RzString& search, const RzString& replacement, RzString& target);
 
 // Case-insensitive comparison: bytes are read as signed 8-bit values and only
 // 'A'..'Z' are folded (to lower case), so bytes 128..255 order below ASCII

@@ -1,0 +1,322 @@
+#include <Rz/RzCore/RzString.h>
+
+#include <stddef.h>
+
+#include <random>
+#include <string>
+
+#include "support/RzTestSupport.h"
+
+namespace {
+
+const RzStringData* DataOf(const RzString& s) {
+    return reinterpret_cast<const RzStringData*>(s.c_str() - offsetof(RzStringData, chars));
+}
+
+// Everything a reader can see: bytes up to the length, length, binary flag,
+// capacity (operator[] is bounded by it), and nullness.
+std::string State(const RzString& s) {
+    static const char* const nullText = RzString().c_str();
+    if (s.c_str() == nullText) return "null";
+    const int32_t n = s.length();
+    return Bytes(s.c_str(), static_cast<size_t>(n < 0 ? 0 : n)) + "|" + std::to_string(n) +
+           (DataOf(s)->isBinary ? "|bin|" : "|txt|") + std::to_string(DataOf(s)->capacity);
+}
+
+RzString Bin(const char* p, size_t n) {
+    return RzString(p, static_cast<int32_t>(n), true);
+}
+
+std::string Join(const RzArray<RzString>& a) {
+    std::string out;
+    for (int i = 0; i < a.count; ++i) out += std::string(a[i].c_str()) + "|";
+    return out;
+}
+
+// Global replacement run exactly as defined: rebuild head + replacement + tail
+// per occurrence and resume behind the replacement.
+int LiteralReplace(const RzString& search, const RzString& replacement, RzString& target) {
+    int count = 0;
+    for (int32_t pos = 0;; ++count) {
+        const int32_t p = target.find(search, pos, false);
+        if (p == -1) return count;
+        RzString head = target.substr(0, p);
+        RzString tail = target.substr(p + search.length(), target.length());
+        target = head + replacement + tail;
+        pos = (head + replacement).length();
+    }
+}
+
+// ReadString run exactly as defined: one append per character.
+RzString LiteralReadString(const RzString& s, int32_t& pos, bool quotes, const RzString& seps) {
+    const int32_t n = s.length();
+    char c = 0;
+    bool found = false;
+    while (pos < n && !found) found = !RzString::IsWhiteSpace(c = s.c_str()[pos++], seps);
+    if (!found) return RzString();
+    RzString word(10, false);
+    word += c;
+    const bool quoted = quotes && c == '"';
+    for (bool escaped = false; pos < n;) {
+        c = s.c_str()[pos++];
+        if (!quoted) {
+            if (RzString::IsWhiteSpace(c, seps)) break;
+            word += c;
+        } else if (c == 0 || ((word += c), !escaped && c == '"')) {
+            break;
+        } else {
+            escaped = !escaped && c == '\\';
+        }
+    }
+    return word;
+}
+
+std::string RandomBytes(std::mt19937& rng, const char* alphabet, int maxLength) {
+    std::string s(rng() % (maxLength + 1), ' ');
+    const size_t k = strlen(alphabet) + 1;  // the terminator stands for a zero byte
+    for (char& c : s) c = alphabet[rng() % k];
+    return s;
+}
+
+}  // namespace
+
+TEST(RzStringEdit, Find) {
+    struct Case {
+        RzString text, what;
+        int32_t from;
+        bool ignoreCase;
+        int32_t forward, backward;
+        // Only A-Z fold. A `what` holding a zero byte compares through that byte
+        // only, but candidates still end at length - length(what).
+    } cases[] = {{"abcde", "", 3, false, 3, 5},
+                 {"ab", "", 3, false, -1, 2},
+                 {"abc", "B", 0, true, 1, 1},
+                 {"abc", "B", 0, false, -1, -1},
+                 {"abab", "ab", 0, false, 0, 2},
+                 {"abab", "ab", -4, false, 0, 2},
+                 {"aXbAxB", "axb", 1, true, 3, 3},
+                 {"\xE9\xC9", "\xC9", 0, true, 1, 1},
+                 {RzString(), "a", 0, false, -1, -1},
+                 {Bin("xb\0yy", 5), Bin("b\0z", 3), 0, false, 1, 1},
+                 {Bin("xb\0", 3), Bin("b\0z", 3), 0, false, -1, -1}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.text.c_str()) + " / " + c.what.c_str());
+        EXPECT_EQ(c.text.find(c.what, c.from, c.ignoreCase), c.forward);
+        EXPECT_EQ(c.text.findreverse(c.what, c.ignoreCase), c.backward);
+    }
+    RzString path("/usr/local/lib");
+    EXPECT_EQ(path.find('/', 1), 4);
+    EXPECT_EQ(path.find('/', 15), -1);
+    EXPECT_EQ(path.findreverse('/'), 10);
+    EXPECT_EQ(path.findreverse('x'), -1);
+    EXPECT_EQ(path.containsChar("kl"), 5);
+    EXPECT_EQ(path.containsChar(""), -1);
+    EXPECT_TRUE(RzString::IsWhiteSpace('\0', RzString()) && RzString::IsWhiteSpace('\r', ""));
+    EXPECT_FALSE(RzString::IsWhiteSpace(' ', ",") || RzString::IsWhiteSpace('\0', ","));
+}
+
+TEST(RzStringEdit, FindMatchesPlainComparisonOnRandomText) {
+    std::mt19937 rng(7);
+    for (int round = 0; round < 500; ++round) {
+        const std::string text = RandomBytes(rng, "aAbB", 40), what = RandomBytes(rng, "abAB", 4);
+        const RzString t = Bin(text.data(), text.size()), w = Bin(what.data(), what.size());
+        const int32_t n = t.length(), m = w.length();
+        for (bool ignoreCase : {false, true}) {
+            int32_t first = -1, last = -1;
+            for (int32_t p = 0; p <= n - m && m > 0; ++p) {
+                const int r = ignoreCase ? Rzstrincmp(t.c_str() + p, w.c_str(), m)
+                                         : strncmp(t.c_str() + p, w.c_str(), m);
+                if (r == 0 && first < 0) first = p;
+                if (r == 0) last = p;
+            }
+            if (m == 0) continue;
+            ASSERT_EQ(t.find(w, 0, ignoreCase), first) << round;
+            ASSERT_EQ(t.findreverse(w, ignoreCase), last) << round;
+        }
+    }
+    // Long texts: case-insensitive search goes a window at a time (a match
+    // may straddle two), and a search whose rare byte hits everywhere falls
+    // back to another method part way.
+    for (int32_t at : {0, 65533, 65535, 65536, 131071, 199997}) {
+        std::string text(200000, 'x');
+        text.replace(static_cast<size_t>(at), 3, "AbC");
+        const RzString t(text.c_str());
+        EXPECT_EQ(t.find("aBc", 0, true), at);
+        EXPECT_EQ(t.find("aBc", at + 1, true), -1);
+        EXPECT_EQ(t.find("AbC", 0, false), at);
+        const RzString b(
+            std::string(200000, 'b').replace(static_cast<size_t>(at), 2, "ee").c_str());
+        EXPECT_EQ(b.find("eeb", 0, false), at);
+        EXPECT_EQ(b.find("eeb", at + 1, false), -1);
+    }
+}
+
+TEST(RzStringEdit, Substr) {
+    const RzString hello("hello");
+    struct Case {
+        int32_t from, count;
+        const char* expected;
+    } cases[] = {{2, -1, "llo"}, {-3, 2, "he"}, {5, 1, ""}, {1, 0, ""}, {3, 100, "lo"}};
+    for (const Case& c : cases) EXPECT_EQ(hello.substr(c.from, c.count), c.expected);
+    EXPECT_EQ(State(hello.substr(9, 2)), "|0|txt|0");  // non-null empty
+    EXPECT_EQ(State(Bin("a\0bc", 4).substr(1, 2)), Bytes("\0b|2|bin|2", 10));
+    EXPECT_RZ_ERROR(hello.substr(1, -2), kRzArgErr, "RzArgErr");
+}
+
+TEST(RzStringEdit, InPlaceRewriting) {
+    struct Case {
+        const char* before;
+        void (*edit)(RzString&);
+        const char* after;
+    } cases[] = {
+        {"a.b.c", [](RzString& s) { s.Replace('.', '\0'); }, "a"},
+        {"Hello \xC4Z9", [](RzString& s) { s.LoCase(); }, "hello \xC4z9"},
+        {"Hello \xE4z9", [](RzString& s) { s.HiCase(); }, "HELLO \xE4Z9"},
+        {"1.500", [](RzString& s) { s.StripTrailingZeros(); }, "1.5"},
+        {".", [](RzString& s) { s.StripTrailingZeros(); }, "0"},
+        {".00", [](RzString& s) { s.StripTrailingZeros(); }, "0"},
+        {"100", [](RzString& s) { s.StripTrailingZeros(); }, "100"},
+        {"100.0", [](RzString& s) { s.StripTrailingZeros(); }, "100"},
+        {"1.05", [](RzString& s) { s.StripTrailingZeros(); }, "1.05"},
+        {"a\r\nb\rc\n", [](RzString& s) { s.AdjustLineFeed("\n"); }, "a\nb\nc\n"},
+        {"a\nb\n\r", [](RzString& s) { s.AdjustLineFeed("\r\n"); }, "a\r\nb\r\n\r\n"},
+        {" x ", [](RzString& s) { s.Strip(" \t", true, false); }, "x"},
+        {" \t ", [](RzString& s) { s.Strip(" \t"); }, ""},
+        {" x ", [](RzString& s) { s.Strip(""); }, " x "},
+    };
+    for (const Case& c : cases) {
+        RzString s(c.before);
+        const RzString shared = s;  // edits must not reach a copy
+        c.edit(s);
+        EXPECT_EQ(s, c.after) << c.before;
+        EXPECT_EQ(s.length(), static_cast<int32_t>(strlen(c.after))) << c.before;
+        EXPECT_EQ(shared, c.before);
+    }
+    RzString null;
+    EXPECT_EQ(State(null.Strip(" ")), "null");
+    RzString bin = Bin("A\0B", 3);
+    bin.LoCase();
+    bin.Reverse();
+    EXPECT_EQ(State(bin), Bytes("b\0a|3|bin|3", 11));
+    // Line ends are rewritten by appends into a buffer of the old length.
+    RzString lines("a\rb\rc");
+    lines.AdjustLineFeed("\r\n");
+    EXPECT_EQ(State(lines), "a\r\nb\r\nc|7|txt|10");
+}
+
+TEST(RzStringEdit, GlobalReplace) {
+    struct Case {
+        const char *text, *search, *with, *after;
+        int count;
+    } cases[] = {{"banana", "a", "aa", "baanaanaa", 3},
+                 {"banana", "an", "", "ba", 2},
+                 {"aaaa", "aa", "b", "bb", 2},
+                 {"abc", "", "y", "abc", 0},
+                 {"abc", "abc", "", "", 1}};
+    for (const Case& c : cases) {
+        RzString s(c.text);
+        EXPECT_EQ(Replace(c.search, c.with, s), c.count) << c.text;
+        EXPECT_EQ(s, c.after) << c.text;
+    }
+    RzString self("ab");
+    EXPECT_EQ(Replace(self, "x", self), 1);
+    EXPECT_EQ(self, "x");
+}
+
+TEST(RzStringEdit, GlobalReplaceEqualsRebuildingLoop) {
+    std::mt19937 rng(11);
+    for (int round = 0; round < 3000; ++round) {
+        SCOPED_TRACE(round);
+        const std::string t = RandomBytes(rng, "aab", 24), s = RandomBytes(rng, "ab", 3),
+                          w = RandomBytes(rng, "abc", 3);
+        // Targets: binary, plain text, and a text whose length covers zero bytes.
+        RzString target = round % 3 == 0 ? Bin(t.data(), t.size()) : RzString(t.c_str());
+        if (round % 3 == 2) target += Bin(t.data(), t.size());
+        const RzString search = round % 4 ? RzString(s.c_str()) : Bin(s.data(), s.size());
+        const RzString with = round % 5 ? RzString(w.c_str()) : Bin(w.data(), w.size());
+        if (search.length() == 0) continue;
+        RzString fast = target, slow = target;
+        ASSERT_EQ(Replace(search, with, fast), LiteralReplace(search, with, slow));
+        ASSERT_EQ(State(fast), State(slow));
+        fast += "z";  // the next append must see the same length
+        slow += "z";
+        ASSERT_EQ(State(fast), State(slow));
+    }
+}
+
+TEST(RzStringEdit, Words) {
+    RzString text("  foo bar");
+    int32_t pos = 0;
+    EXPECT_EQ(text.ReadString(pos, false, ""), "foo");
+    EXPECT_EQ(pos, 6);
+    EXPECT_EQ(text.ReadString(pos, false, ""), "bar");
+    EXPECT_EQ(State(text.ReadString(pos, false, "")), "null");
+
+    const RzString quoted("\"say \\\"hi\\\" now\" next");
+    pos = 0;
+    const RzString phrase = quoted.ReadString(pos, true, " ");
+    EXPECT_EQ(phrase, "\"say \\\"hi\\\" now\"");
+    EXPECT_EQ(pos, 16);
+    EXPECT_EQ(phrase.UnQuoteString(), "say \"hi\" now");
+    pos = 0;
+    EXPECT_EQ(quoted.ReadString(pos, false, " "), "\"say");
+
+    EXPECT_EQ(quoted.CountWords(true, " "), 2);
+    EXPECT_EQ(quoted.CountWords(false, " "), 4);
+    EXPECT_EQ(quoted.ReadWord(1, true, " "), "next");
+    EXPECT_EQ(State(quoted.ReadWord(2, true, " ")), "null");
+    EXPECT_EQ(RzString("a,b;c").CountWords(false, ",;"), 3);
+
+    RzArray<RzString> words;
+    quoted.ReadStrings(words, " ");
+    EXPECT_EQ(Join(words), "\"say \\\"hi\\\" now\"|next|");  // stored with quotes
+
+    struct SplitCase {
+        const char *text, *pieces;
+    } splits[] = {{"a,,b,", "a||b|"}, {",a", "|a|"}, {"", ""}, {"abc", "abc|"}};
+    for (const SplitCase& c : splits) {
+        RzString(c.text).Split(words, ',');
+        EXPECT_EQ(Join(words), c.pieces) << c.text;
+    }
+
+    RzArray<RzString> list;
+    RzString("x y,z").Split(list, ',');
+    RzString merged("old");
+    merged.MergeStrings(list, " ");
+    EXPECT_EQ(merged, "x y z");  // not quoted: three words come back
+    merged.ReadStrings(words, " ");
+    EXPECT_EQ(Join(words), "x|y|z|");
+}
+
+TEST(RzStringEdit, ReadStringEqualsAppendingLoop) {
+    // Words are built as one append per character would build them, also
+    // where zero bytes are part of a word.
+    std::mt19937 rng(5);
+    for (int round = 0; round < 2000; ++round) {
+        const std::string t = RandomBytes(rng, "ab \"\\,", 40), s = RandomBytes(rng, ", ", 2);
+        const RzString text = Bin(t.data(), t.size()), seps(s.c_str());
+        const bool quotes = round % 2;
+        for (int32_t fast = 0, slow = 0; slow < text.length();) {
+            const RzString a = text.ReadString(fast, quotes, seps);
+            ASSERT_EQ(State(a), State(LiteralReadString(text, slow, quotes, seps))) << round;
+            ASSERT_EQ(fast, slow) << round;
+        }
+    }
+}
+
+TEST(RzStringEdit, Quoting) {
+    struct Case {
+        const char *plain, *quoted;
+    } cases[] = {{"a\\b", "\"a\\\\b\""},
+                 {"", "\"\""},
+                 {"say \"x\"", "\"say \\\"x\\\"\""},
+                 {"\n\t", "\"\n\t\""}};
+    for (const Case& c : cases) {
+        EXPECT_EQ(RzString(c.plain).QuoteString(), c.quoted);
+        EXPECT_EQ(RzString(c.quoted).UnQuoteString(), c.plain);
+    }
+    EXPECT_EQ(RzString("\"").UnQuoteString(), "");
+    EXPECT_EQ(RzString("\"a\\nb\\\"").UnQuoteString(), "a\\nb\\");  // kept backslashes
+    for (const RzString& bad : {RzString(), RzString(""), RzString("abc"), RzString("\"abc")})
+        EXPECT_RZ_ERROR(bad.UnQuoteString(), kRzFormatErr, "RzFormatErr");
+}
