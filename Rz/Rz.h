@@ -9,6 +9,7 @@
 #include <Rz/RzCore/RzString.h>
 #include <Rz/RzCore/RzTemplates.h>
 #include <Rz/RzData/RzArray.h>
+#include <Rz/RzData/RzDataBase.h>
 #include <Rz/RzData/RzList.h>
 #include <Rz/RzIO/RzDebug.h>
 #include <Rz/RzIO/RzStream.h>

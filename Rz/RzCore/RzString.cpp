@@ -18,23 +18,38 @@ namespace {
 
 const size_t kHeaderSize = offsetof(RzStringData, chars);
 
-const int64_t kMaxRoom = INT32_MAX - static_cast<int64_t>(kHeaderSize) - 1;
+const int64_t kMaxRoom = INT32_MAX - static_cast<int64_t>(kHeaderSize) - 1 - 4;
+
+// The character bytes a block holds; with spare room it is stored, as an
+// unaligned 32-bit number, right behind the terminator.
+int32_t RoomOf(const RzStringData* d) {
+    if (!d->hasRoom) return d->capacity;
+    int32_t room;
+    memcpy(&room, d->chars + d->capacity + 1, sizeof room);
+    return room;
+}
+
+void StoreRoom(RzStringData* d, int32_t room) {
+    memcpy(d->chars + d->capacity + 1, &room, sizeof room);
+}
 
 // A buffer of the given capacity (and at least that much room) with only the
 // header and terminator set.
 RzStringData* AllocateStringData(int64_t capacity, bool isBinary, int64_t room = 0) {
     if (capacity > kMaxRoom) throw std::bad_alloc();
-    if (room < capacity) room = capacity;
     if (room > kMaxRoom) room = kMaxRoom;
-    RzStringData* d =
-        static_cast<RzStringData*>(::operator new(kHeaderSize + static_cast<size_t>(room) + 1));
+    const bool spare = room > capacity;
+    const size_t bytes = kHeaderSize + static_cast<size_t>(spare ? room : capacity) + 1 +
+                         (spare ? sizeof(int32_t) : 0);
+    RzStringData* d = static_cast<RzStringData*>(::operator new(bytes));
     d->refCount = 1;
-    d->room = static_cast<int32_t>(room);
     d->capacity = static_cast<int32_t>(capacity);
     d->length = 0;
     d->isBinary = isBinary;
     d->lengthIsCounted = false;
+    d->hasRoom = spare;
     d->chars[capacity] = 0;
+    if (spare) StoreRoom(d, static_cast<int32_t>(room));
     return d;
 }
 
@@ -119,10 +134,12 @@ RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n) {
         if (2 * needed < 3 * static_cast<int64_t>(data->capacity))
             needed = 3 * static_cast<int64_t>(data->capacity) / 2;
         if (needed < 10) needed = 10;
-        if (needed <= data->room) {
+        const int32_t room = RoomOf(data);
+        if (needed <= room) {
             // The block already has the room: only the capacity moves.
             data->capacity = static_cast<int32_t>(needed);
             data->chars[needed] = 0;
+            StoreRoom(data, room);
         } else {
             // Keep twice the room, so that the next steps fit in place.
             RzStringData* grown = AllocateStringData(needed, data->isBinary, 2 * needed);
@@ -133,7 +150,7 @@ RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n) {
             // buffer, since the old one is about to go.
             const uintptr_t from = reinterpret_cast<uintptr_t>(data->chars);
             const uintptr_t at = reinterpret_cast<uintptr_t>(source);
-            if (at >= from && at <= from + static_cast<uintptr_t>(data->room))
+            if (at >= from && at <= from + static_cast<uintptr_t>(room))
                 source = grown->chars + (at - from);
             ::operator delete(data);
             data = grown;

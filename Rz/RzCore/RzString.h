@@ -30,16 +30,17 @@ struct RzStringData {
     int32_t capacity;  // character bytes the buffer can hold, terminator excluded
     int32_t length;    // characters in use; -1: unknown, counted when next asked
     bool isBinary;     // binary content: length is authoritative, never recounted
-    // Bookkeeping of this implementation, not part of the buffer's meaning:
-    // set while `length` is known and no zero byte lies before it, so that
-    // appending need not count the text again.
-    bool lengthIsCounted;
-    // Bookkeeping: character bytes the block really holds (>= capacity).
-    // Appending keeps spare room here so that growing the capacity by its
-    // documented steps seldom has to copy. Buffers come from NewStringData
-    // and CatStringData only.
-    int32_t room;
-    char chars[1];  // room + 1 bytes in the real block
+    // Bookkeeping of this implementation, not part of the buffer's meaning,
+    // packed into one byte so that the header stays 14 bytes:
+    // lengthIsCounted is set while `length` is known and no zero byte lies
+    // before it, so that appending need not count the text again; hasRoom is
+    // set when the block holds more than capacity + 1 bytes (appending keeps
+    // spare room so that growing the capacity by its documented steps
+    // seldom has to copy), the room then being stored behind the terminator.
+    // Buffers come from NewStringData and CatStringData only.
+    bool lengthIsCounted : 1;
+    bool hasRoom : 1;
+    char chars[1];  // capacity + 1 bytes (more with hasRoom) in the real block
 };
 
 // A new buffer with refCount 1, capacity n and chars[n] = 0. With a source, n

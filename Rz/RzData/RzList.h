@@ -61,6 +61,17 @@ public:
         }
     }
 
+    // The same, moving x into the list.
+    void AddBack(T&& x) {
+        if (count < storage.count) {
+            PutBack(std::move(x));
+        } else {
+            T kept(std::move(x));
+            ReSize(2 * count + 1);
+            PutBack(std::move(kept));
+        }
+    }
+
     // Prepends x; a full list first grows to 2 * count + 1 elements.
     void AddFront(const T& x) {
         if (count < storage.count) {
@@ -132,9 +143,10 @@ private:
     }
     // The slot is assigned before the bookkeeping changes, so that a failing
     // assignment leaves the list as it was.
-    void PutBack(const T& x) {
+    template <class U>
+    void PutBack(U&& x) {
         const int32_t slot = tail + 1 == storage.count ? 0 : tail + 1;
-        storage.data[slot] = x;
+        storage.data[slot] = std::forward<U>(x);
         tail = slot;
         ++count;
     }

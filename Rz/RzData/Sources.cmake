@@ -1,2 +1,3 @@
 rz_add_sources(RzData
-  HEADERS RzArray.h RzList.h)
+  HEADERS RzArray.h RzDataBase.h RzList.h
+  SOURCES RzDataBase.cpp)

@@ -1,0 +1,176 @@
+// The key/value settings database.
+//
+// RzDataBase is an ordered list of entries (RzDBData), each with a key, a text
+// value and an optional sub-database below it. Entries are addressed by
+// slash-separated paths through the levels ("colors/red"). Lookups find the
+// first entry with a key, compared case-sensitively; duplicates are possible.
+// A database is reference counted (RzObject): create it with new and release
+// it with Delete(); a sub-database lives as long as an entry holds it.
+//
+// The text form, read by ReadFromString and written by WriteToString, is
+// described in docs/database-format.md:
+//
+//     name = Example Paper
+//     "two words" = "a \"quoted\" value"
+//     colors =
+//     {
+//         red = 0.5
+//     }
+//
+// With SaveControlChars(true) the writer uses the protected form, in which
+// every entry is written as <"key" = "value"> and the whole text is enclosed
+// in braces; the reader accepts both forms.
+#ifndef RZ_RZDATA_RZDATABASE_H
+#define RZ_RZDATA_RZDATABASE_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <Rz/RzCore/RzObject.h>
+#include <Rz/RzCore/RzString.h>
+#include <Rz/RzCore/RzTemplates.h>
+#include <Rz/RzData/RzList.h>
+
+class RzDataBase;
+
+// One entry: key, value and an optional sub-database, which the entry holds by
+// one counted reference (copies of an entry share the sub-database).
+class RzDBData {
+public:
+    RzDBData();
+    RzDBData(const RzString& key, const RzString& value);
+    // With adopt the entry takes over the caller's reference to db; without
+    // it the entry takes a reference of its own.
+    RzDBData(const RzString& key, const RzString& value, RzDataBase* db, bool adopt);
+    RzDBData(const RzDBData& other);
+    RzDBData& operator=(const RzDBData& other);
+    // Moves leave `other` with null strings and no sub-database; the
+    // sub-database changes hands without changing its count.
+    RzDBData(RzDBData&& other) noexcept;
+    RzDBData& operator=(RzDBData&& other) noexcept;
+    // Releases the sub-database; raises "RzPtrInvalid" (20) when its count is
+    // no longer positive.
+    virtual ~RzDBData() noexcept(false);
+
+    RzString GetKey() const { return key; }
+    void SetKey(const RzString& k) { key = k; }
+    RzString GetVal() const { return value; }
+    void SetVal(const RzString& v) { value = v; }
+    // The sub-database, borrowed (no new reference), or null.
+    RzDataBase* GetDB() const { return db.get(); }
+    // Holds db instead of the current sub-database (which is released). With
+    // adopt the caller's reference passes to the entry.
+    void SetDB(RzDataBase* db, bool adopt);
+
+    // The entry as one line without line end: key, " = ", value. A key or
+    // value containing a blank, tab, CR, LF or double quote is written
+    // quoted (see RzString::QuoteString), and so is an empty key; an empty
+    // value is written as nothing. quoteAlways quotes both in every case.
+    virtual RzString GetString(bool quoteAlways) const;
+    // Reads one entry from `text` at `pos` and leaves pos behind it: a key
+    // word, the word "=", and the value: a quoted word, or the rest of the
+    // line (blanks included, line end consumed), or nothing when the line
+    // ends. Raises "RzFormatErr" (19) when the second word is not "=" and when
+    // a quoted key or value is not closed. Sets key and value only.
+    virtual void SetString(const RzString& text, int32_t& pos);
+
+private:
+    friend class RzDataBase;
+    friend class RzDataBaseReader;
+    friend class RzDataBaseWriter;
+    RzString key;
+    RzString value;
+    RzSmartPtr<RzDataBase> db;
+};
+
+class RzDataBase : public RzObject {
+public:
+    RzDataBase();
+    // A deep copy: an empty database merged with `other` in append mode.
+    RzDataBase(const RzDataBase& other);
+    RzDataBase& operator=(const RzDataBase& other);
+    ~RzDataBase() override;
+
+    // --- This level ------------------------------------------------------
+    int GetCount() const;
+    // Index of the first entry with that key (or value), or -1.
+    int GetIndex(const RzString& key) const;
+    int GetIndexByValue(const RzString& value) const;
+    // Raise "RzIndexError" (7) for an index out of range.
+    RzString GetIndexedName(int i) const;
+    RzString GetIndexedValue(int i) const;
+    RzDataBase* GetIndexedDB(int i) const;  // borrowed, may be null
+    // Removes the first entry of this level with that key (not a path).
+    void Remove(const RzString& key);
+    void RemoveIndex(int i);
+    void Clear();
+
+    // --- Paths -----------------------------------------------------------
+    // The level holding the entry named by `path`, with `index` its position
+    // there; null and -1 when it does not exist. With create, missing entries
+    // and sub-databases on the way are created. A leading and a trailing '/'
+    // are ignored, "" and "/" name the entry with the empty key, "a//b" has an
+    // empty middle component; components are not trimmed.
+    RzDataBase* GetEntry(const RzString& path, bool create, int& index);
+    bool Exists(const RzString& path);
+    // The sub-database of the entry at `path` (borrowed). With create, a
+    // missing entry or sub-database is created; otherwise null.
+    RzDataBase* GetDB(const RzString& path, bool create);
+    // Attaches db to the entry at `path` (created if needed); with adopt the
+    // caller's reference passes to the entry. A null db detaches.
+    void SetDB(const RzString& path, RzDataBase* db, bool adopt);
+    void SetString(const RzString& path, const RzString& value);
+    // The value at `path`; when it does not exist, `def` (stored first when
+    // create is true).
+    RzString GetString(const RzString& path, const RzString& def, bool create);
+    // Copies other's entries into this database: appended (append true) or
+    // stored by key as paths (append false); sub-databases are copied
+    // recursively into the first entry with their key.
+    void MergeDB(const RzDataBase* other, bool append);
+
+    // --- Text form -------------------------------------------------------
+    // Selects the protected form for every database written afterwards;
+    // returns the previous setting. Process-wide.
+    static bool SaveControlChars(bool on);
+    // Replaces the contents with the database in `text`. Reading is not
+    // transactional: on "RzFormatErr" (19) or "RzIndexError" (7) the entries
+    // read before the error stay.
+    void ReadFromString(const RzString& text);
+    // Reads entries into this level from pos up to the end of the text or a
+    // closing brace.
+    void String2DB(const RzString& text, int32_t& pos);
+    // The next significant character (skipping blanks, tabs, NUL, line ends
+    // and comments), or 0 at the end of the text.
+    static char GetNextChar(const RzString& text, int32_t& pos);
+    // Advances pos past the next line end.
+    static void SkipLine(const RzString& text, int32_t& pos);
+    // The whole database as text: plain, or protected when
+    // SaveControlChars(true) is in force. Lines end with a single line feed.
+    RzString WriteToString() const;
+    // The entries of this level and below, each line indented by `indent`
+    // tabs.
+    RzString DB2String(int indent) const;
+
+    // The writer's protected form; false initially. Process-wide, changed
+    // by SaveControlChars.
+    static bool mSaveControlChars;
+
+private:
+    friend class RzDataBaseReader;
+    friend class RzDataBaseWriter;
+    // Index of the first entry whose key equals the text p[0, n) (up to its
+    // first zero byte), or -1.
+    int FindKey(const char* p, size_t n) const;
+    void BuildKeyIndex() const;
+    void InsertKey(int32_t i) const;
+    void KeysChanged() const;
+    // Appends entry, keeping the key index current.
+    void Append(RzDBData&& entry);
+
+    RzList<RzDBData> entries;
+    // A hash index over the keys of a large level, built on the first lookup
+    // and dropped whenever entries are removed (see RzDataBase.cpp).
+    mutable struct RzDataBaseKeyIndex* keyIndex;
+};
+
+#endif
