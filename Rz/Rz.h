@@ -9,5 +9,6 @@
 #include <Rz/RzData/RzList.h>
 #include <Rz/RzIO/RzDebug.h>
 #include <Rz/Mac/RzByteOrder.h>
+#include <Rz/Mac/RzMacTypes.h>
 
 #endif
