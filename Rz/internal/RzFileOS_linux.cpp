@@ -230,9 +230,11 @@ bool ReadSidecar(Stores& s) {
     return ok;
 }
 
-// Reads every store; `fi` gets the first valid one's Finder information (all
-// zero when none has any). Returns noErr or the error that stopped reading.
-OSErr ReadStores(const char* path, Stores& s, unsigned char* fi) {
+// Reads the stores in order; `fi` gets the first valid one's Finder
+// information (all zero when none has any). A plain read stops at the first
+// valid store; `all` reads every one, so that a write can update each that
+// exists. Returns noErr or the error that stopped reading.
+OSErr ReadStores(const char* path, Stores& s, unsigned char* fi, bool all) {
     memset(fi, 0, kRzFinderInfoSize);
     size_t got = 0;
     int err = 0;
@@ -244,6 +246,10 @@ OSErr ReadStores(const char* path, Stores& s, unsigned char* fi) {
     } else {
         // A record the servers would reject (too long included) counts as none.
         s.metadataValid = r == kAttrFound && RzMetadataIsValid(s.metadata, got);
+        if (s.metadataValid && !all) {
+            RzMetadataGetFinderInfo(s.metadata, kRzMetadataSize, fi);
+            return noErr;
+        }
         r = ReadAttr(path, kAfpStreamName, s.stream, sizeof s.stream, &got, &err);
         if (r == kAttrError) return RzOSErrFromErrno(err);
         s.streamSize = got;
@@ -323,7 +329,7 @@ OSErr UpdateFinderInfo(const char* path, Change change) {
     if (stat(path, &st) != 0) return RzOSErrFromErrno(errno);
     Stores s;
     unsigned char before[kRzFinderInfoSize], after[kRzFinderInfoSize];
-    OSErr err = ReadStores(path, s, before);
+    OSErr err = ReadStores(path, s, before, true);
     if (err != noErr) return err;
     memcpy(after, before, sizeof after);
     change(after);
@@ -629,7 +635,7 @@ OSErr RzOSReadFinderInfo(const char* path, uint32_t& type, uint32_t& creator, ui
     if (stat(path, &st) != 0) return RzOSErrFromErrno(errno);
     Stores s;
     unsigned char fi[kRzFinderInfoSize];
-    OSErr err = ReadStores(path, s, fi);
+    OSErr err = ReadStores(path, s, fi, false);
     if (err != noErr) return err;
     type = RzFinderInfoType(fi);
     creator = RzFinderInfoCreator(fi);
