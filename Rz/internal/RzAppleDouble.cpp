@@ -87,6 +87,8 @@ bool RzMetadataIsValid(const unsigned char* blob, size_t size) {
     for (const Entry& e : kMetadataLayout) {
         uint32_t offset = 0, length = 0;
         if (!RzAppleDoubleFindEntry(blob, size, size, e.id, &offset, &length)) return false;
+        // Data inside the header would be overwritten by the next write.
+        if (length > 0 && offset < kHeaderFixed + 8 * kDescriptorSize) return false;
         if (e.id == kRzEntryFinderInfo && length != kRzFinderInfoSize) return false;
         if (e.id == kRzEntryAfpFileInfo && length < 4) return false;
     }

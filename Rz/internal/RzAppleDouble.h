@@ -61,8 +61,9 @@ bool RzAppleDoubleFindEntry(const unsigned char* header, size_t headerSize, size
 
 // True when `blob` is a metadata record the servers accept: exactly 402
 // bytes, magic, version 2, eight entries (comment, dates, Finder info, AFP
-// file info and the four private ones) each inside the record, Finder info of
-// 32 bytes and AFP file info of at least 4. The servers delete anything else.
+// file info and the four private ones) each inside the record and none with
+// data in the header, Finder info of 32 bytes and AFP file info of at least
+// 4. The servers delete anything else.
 bool RzMetadataIsValid(const unsigned char* blob, size_t size);
 
 // Copies the Finder information of a valid record into `fi`; false (and `fi`

@@ -82,6 +82,7 @@ TEST(RzAppleDouble, ValidationRejectsWhatServersDelete) {
         {"finder info 31 bytes", 61, 0x1F, 0, false},
         {"AFP info 3 bytes", 73, 0x03, 0, false},
         {"entry past the end", 0x71 + 3, 0xFF, 0, false},
+        {"finder info inside the header", 57, 0x41, 0, false},
         {"filler not zero", 8, 'M', 0, true},
     };
     for (const Case& c : cases) {
