@@ -14,5 +14,6 @@
 #include <Rz/RzIO/RzDebug.h>
 #include <Rz/RzIO/RzStream.h>
 #include <Rz/Mac/RzByteOrder.h>
+#include <Rz/Mac/RzMacTypes.h>
 
 #endif

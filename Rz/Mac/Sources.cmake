@@ -1,3 +1,3 @@
 rz_add_sources(Mac
-  HEADERS RzByteOrder.h
+  HEADERS RzByteOrder.h RzMacTypes.h
   SOURCES RzByteOrder.cpp)

@@ -1,0 +1,99 @@
+#include <Rz/internal/RzAppleDouble.h>
+
+#include <stdlib.h>
+#include <string.h>
+
+#include <string>
+#include <vector>
+
+#include "support/RzTestSupport.h"
+
+namespace {
+
+std::vector<unsigned char> FromHex(const char* hex) {
+    std::vector<unsigned char> out;
+    for (const char* p = hex; *p;) {
+        if (*p == ' ' || *p == '\n') {
+            ++p;
+            continue;
+        }
+        out.push_back(static_cast<unsigned char>(strtoul(std::string(p, 2).c_str(), nullptr, 16)));
+        p += 2;
+    }
+    return out;
+}
+
+std::vector<unsigned char> FinderInfo(const char* type, const char* creator, uint16_t flags) {
+    std::vector<unsigned char> fi(32, 0);
+    memcpy(fi.data(), type, 4);
+    memcpy(fi.data() + 4, creator, 4);
+    fi[8] = static_cast<unsigned char>(flags >> 8);
+    fi[9] = static_cast<unsigned char>(flags);
+    return fi;
+}
+
+// The record file servers write for type 'TEXT', creator 'ttxt', flags 0x4000
+// and all dates 2000-01-01, byte for byte as they lay it out.
+std::vector<unsigned char> ServerRecord() {
+    std::vector<unsigned char> blob = FromHex(
+        "00 05 16 07 00 02 00 00 00 00 00 00 00 00 00 00"
+        "00 00 00 00 00 00 00 00 00 08 00 00 00 04 00 00"
+        "00 9a 00 00 00 00 00 00 00 08 00 00 01 62 00 00"
+        "00 10 00 00 00 09 00 00 00 7a 00 00 00 20 00 00"
+        "00 0e 00 00 01 72 00 00 00 04 80 44 45 56 00 00"
+        "01 76 00 00 00 00 80 49 4e 4f 00 00 01 7e 00 00"
+        "00 00 80 53 59 4e 00 00 01 86 00 00 00 00 80 53"
+        "56 7e 00 00 01 8e 00 00 00 00 54 45 58 54 74 74"
+        "78 74 40 00");
+    blob.resize(402, 0);
+    blob[0x16A] = 0x80;  // backup date unknown
+    blob[0x175] = 0x01;  // AFP attributes: invisible
+    return blob;
+}
+
+}  // namespace
+
+TEST(RzAppleDouble, FreshRecordIsTheServersLayout) {
+    std::vector<unsigned char> blob(402, 0xEE);
+    RzMetadataBuild(blob.data(), FinderInfo("TEXT", "ttxt", 0x4000).data(),
+                    RzMetadataDate(946684800));
+    EXPECT_EQ(blob, ServerRecord());
+    EXPECT_TRUE(RzMetadataIsValid(blob.data(), blob.size()));
+
+    // Dates are signed seconds from 2000.
+    EXPECT_EQ(RzMetadataDate(946684800 - 1), 0xFFFFFFFFu);  // before 2000: negative
+}
+
+TEST(RzAppleDouble, ValidationRejectsWhatServersDelete) {
+    struct Case {
+        const char* what;
+        size_t offset;  // byte to change (ignored when resize is set)
+        unsigned char value;
+        size_t resize;
+        bool valid;
+    } cases[] = {
+        {"as built", 0, 0x00, 0, true},
+        {"one byte short", 0, 0, 401, false},
+        {"bad magic", 3, 0x08, 0, false},
+        {"version 0x00020002", 7, 0x02, 0, false},
+        {"seven entries", 25, 0x07, 0, false},
+        {"comment entry renamed", 29, 0x05, 0, false},
+        {"private entry renamed", 113, 0x00, 0, false},
+        {"finder info 31 bytes", 61, 0x1F, 0, false},
+        {"AFP info 3 bytes", 73, 0x03, 0, false},
+        {"entry past the end", 0x71 + 3, 0xFF, 0, false},
+        {"finder info inside the header", 57, 0x41, 0, false},
+        {"filler not zero", 8, 'M', 0, true},
+    };
+    for (const Case& c : cases) {
+        std::vector<unsigned char> blob = ServerRecord();
+        if (c.resize)
+            blob.resize(c.resize, 0);
+        else
+            blob[c.offset] = c.value;
+        EXPECT_EQ(RzMetadataIsValid(blob.data(), blob.size()), c.valid) << c.what;
+        unsigned char fi[32];
+        EXPECT_EQ(RzMetadataGetFinderInfo(blob.data(), blob.size(), fi), c.valid) << c.what;
+    }
+    EXPECT_FALSE(RzMetadataIsValid(nullptr, 402));
+}

@@ -1,0 +1,74 @@
+// A fresh temporary folder for tests that touch the disk, removed with
+// everything in it when the test ends, and an environment guard.
+#ifndef RZ_TESTS_SUPPORT_RZTEMPDIR_H
+#define RZ_TESTS_SUPPORT_RZTEMPDIR_H
+
+#include <ftw.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+class RzTempDir {
+public:
+    RzTempDir() {
+        const char* base = getenv("TMPDIR");
+        std::string pattern =
+            std::string(base && base[0] == '/' ? base : "/tmp") + "/rz-test-XXXXXX";
+        std::vector<char> buffer(pattern.begin(), pattern.end());
+        buffer.push_back(0);
+        if (mkdtemp(buffer.data())) {
+            char* resolved = realpath(buffer.data(), nullptr);
+            root = resolved ? resolved : buffer.data();
+            free(resolved);
+        }
+    }
+    ~RzTempDir() {
+        if (root.empty()) return;
+        chmod(root.c_str(), 0700);
+        nftw(
+            root.c_str(),
+            [](const char* p, const struct stat*, int, struct FTW*) { return remove(p); }, 16,
+            FTW_DEPTH | FTW_PHYS);
+    }
+    RzTempDir(const RzTempDir&) = delete;
+    RzTempDir& operator=(const RzTempDir&) = delete;
+
+    bool ok() const { return !root.empty(); }
+    const std::string& path() const { return root; }
+    std::string operator/(const std::string& name) const { return root + "/" + name; }
+
+private:
+    std::string root;
+};
+
+// Sets environment variables for one test and puts the old values back.
+class RzEnvGuard {
+public:
+    ~RzEnvGuard() {
+        for (auto it = saved.rbegin(); it != saved.rend(); ++it) {
+            if (it->second.first)
+                setenv(it->first.c_str(), it->second.second.c_str(), 1);
+            else
+                unsetenv(it->first.c_str());
+        }
+    }
+    // A null value unsets the variable.
+    void Set(const char* name, const char* value) {
+        const char* old = getenv(name);
+        saved.push_back({name, {old != nullptr, old ? old : ""}});
+        if (value)
+            setenv(name, value, 1);
+        else
+            unsetenv(name);
+    }
+
+private:
+    std::vector<std::pair<std::string, std::pair<bool, std::string>>> saved;
+};
+
+#endif
