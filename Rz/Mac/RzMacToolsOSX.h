@@ -1,0 +1,67 @@
+// The Mac OS file layer: the seam between file specifications and the
+// operating system's file references, folders, Finder information and open
+// files.
+//
+// These functions return File Manager result codes (0 for no error, -43 file
+// not found, ...; see RzMacTypes.h) and throw nothing, except where a
+// function says otherwise. On Linux, Finder information (type, creator,
+// flags) lives in extended attributes where file servers for Mac clients keep
+// it; docs/platform.md maps every operation to what Linux does.
+#ifndef RZ_MAC_RZMACTOOLSOSX_H
+#define RZ_MAC_RZMACTOOLSOSX_H
+
+#include <stdint.h>
+#include <stdio.h>
+
+#include <Rz/FileSpec/RzFileSpec.h>
+#include <Rz/Mac/RzMacTypes.h>
+#include <Rz/RzCore/RzString.h>
+#include <Rz/RzIO/RzStream.h>
+
+// --- From a file specification -------------------------------------------------
+
+// A reference to the existing item, links resolved; -43 when it is missing.
+int32_t RzFileSpecToFSRef(FSRef& ref, const RzFileSpec& spec);
+// An old-style specification, also for an item that does not exist yet.
+void RzFileSpecToFSSpec(FSSpec& fsspec, const RzFileSpec& spec);
+// spec.GetFullName().
+RzString RzMacGetFullPathName(const RzFileSpec& spec);
+
+// --- To a file specification -----------------------------------------------------
+
+void FSRefToRzFileSpec(RzFileSpec& spec, const FSRef& ref);
+void FSSpecToRzFileSpec(RzFileSpec& spec, const FSSpec& fsspec);
+// The path of a folder the framework has handed out, ending in "/"; "/" for
+// the root volume's root; "" otherwise.
+RzString RzMacGetPosixPath(short volume, int32_t folderID);
+
+// --- Type and creator ------------------------------------------------------------
+
+// Sets the specification's type and creator from the item's Finder
+// information: a known extension wins over the Finder type, the Finder
+// creator always wins (0 for a folder).
+int32_t RzMacFSRefToCreatorType(RzFileSpec& spec, const FSRef& ref);
+int32_t RzMacReadCreatorType(RzFileSpec& spec);
+
+// --- Folders and files -------------------------------------------------------------
+
+// Moves the specification into a well-known folder, keeping its name.
+// Raises "RzArgErr" (3) for a value of 11 or more.
+void RzMacSetPath(RzFileSpec& spec, RzFolderType folder);
+// Creates the folder that spec names.
+int32_t RzMacCreateDir(const RzFileSpec& spec);
+// rename(); 0 or -1.
+int32_t RzMacMoveFile(const RzFileSpec& source, const RzFileSpec& destination);
+// Clears or sets the Finder's invisible flag.
+int32_t RzMacSetVisible(const RzFileSpec& spec, bool visible);
+// Opens a binary C stream: read "rb"; write "wb" (created or truncated);
+// read/write "rb+" (created when missing, contents kept). Opening for
+// writing re-derives spec's type from its extension and stamps the file's
+// type and creator. Raises code 12 with the name
+// "FileNotOpen (for reading): <path>" or "FileNotOpen: (for writing)<path>"
+// when the file cannot be opened; returns null for any other access value.
+FILE* RzMacOpenFile(RzFileSpec& spec, eRzFileAccess access);
+// Changes to the executable's folder (non-zero) or the application's folder.
+int32_t RzMacSetWorkingDir(int besideExecutable);
+
+#endif
