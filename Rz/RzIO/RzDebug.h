@@ -1,25 +1,61 @@
-// Debug output: a process-wide debug level and the functions that write a
-// message when its level is at most the current level. Errors report
-// themselves here at level 1.
+// Debug output: a process-wide debug level, a process-wide current output
+// stream, and the functions that write a message when its level is at most
+// the current level. Errors report themselves here at level 1.
 //
-// The output stream and the log file arrive with the stream classes; until
-// then a message that passes the level check is dropped.
+// The current stream is chosen on first use: standard output (the default
+// stream, an RzStdOutStream) unless the application has set another stream
+// or a log file. A log file is written through an RzFlushFileStream, so each
+// write appends to the file and closes it again. Debug writes never throw:
+// every error of the stream is swallowed.
+//
+// Nothing here is locked; the framework is used from one thread at a time.
 #ifndef RZ_RZIO_RZDEBUG_H
 #define RZ_RZIO_RZDEBUG_H
 
 #include <Rz/RzCore/RzDefs.h>
+#include <Rz/RzCore/RzString.h>
+#include <Rz/RzIO/RzStream.h>
+
+// The default stream: an RzStdOutStream built on the first call and
+// destroyed at exit.
+RzStream* RzGetDefaultOutputStream();
+
+// A non-null `s` becomes the current stream (not owned: the previous one is
+// never deleted). Null returns the current stream, first choosing the
+// default stream when none is set; it never clears the current stream.
+RzStream* RzOutputStream(RzStream* s);
+
+// The name of the current log file ("" when none was set).
+RzString& RzOutputFile();
 
 // The current debug level; 0 at start, so only level-0 and negative messages
 // pass.
 void RzSetDebugLevelImpl(int level);
 int RzGetDebugLevelImpl();
 
-// Writes `text` (plus a line feed when it does not end in one) when `level` is
-// at most the current debug level. Never throws.
+// The same as RzOutputStream(s).
+RzStream* RzSetDebugOutputImpl(RzStream* s);
+// The current stream, the default stream when none is set yet.
+RzStream* RzGetDebugOutputImpl();
+
+// A copy of the log file name.
+RzString RzGetDebugOutputFileImpl();
+
+// Writes `text` through the current stream when `level` is at most the
+// debug level, followed by a separate "\n" when the text is not empty and
+// does not end in one. Never throws: errors of the stream are swallowed.
+// While a debug write is under way on this thread, further debug writes
+// (such as the line of an error the stream raises) are dropped.
 void RzDebugWriteImpl(int level, const char* text);
+void RzDebugWriteImpl(int level, const RzString& text);
 
 // Formats like printf when `level` passes the check (the arguments are not
-// evaluated otherwise) and writes the result with RzDebugWriteImpl.
+// formatted otherwise), adds "\n" when the result does not end in one, and
+// writes it with RzDebugWriteImpl.
 void RzDebugPrintfImpl(int level, const char* format, ...) RZ_PRINTF_FORMAT(2, 3);
+
+// A hook for breaking into a debugger; it does nothing. (The memory
+// debugging hooks are in RzMemory.h.)
+void RzDebugBreakImpl();
 
 #endif
