@@ -16,5 +16,8 @@
 #include <Rz/RzIO/RzStream.h>
 #include <Rz/Mac/RzByteOrder.h>
 #include <Rz/Mac/RzMacTypes.h>
+#include <Rz/FileSpec/RzFileSpec.h>
+#include <Rz/Mac/RzMacToolsOSX.h>
+#include <Rz/RzSystem/RzSystem.h>
 
 #endif

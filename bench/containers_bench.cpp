@@ -2,9 +2,7 @@
 // RzString elements, at sizes far enough apart to show how each scales.
 #include <benchmark/benchmark.h>
 
-#if defined(__GLIBC__)
-#include <malloc.h>
-#endif
+#include "BenchSupport.h"
 
 #include <deque>
 #include <vector>
@@ -14,14 +12,6 @@
 #include <Rz/RzData/RzList.h>
 
 namespace {
-
-#if defined(__GLIBC__)
-// glibc raises its mmap threshold as large blocks are freed, so the speed of a
-// benchmark that allocates megabytes would depend on which benchmarks ran
-// before it. Fixed thresholds keep every block on the reused heap.
-const bool kSteadyAllocator =
-    mallopt(M_MMAP_THRESHOLD, 32 << 20) && mallopt(M_TRIM_THRESHOLD, 1 << 30);
-#endif
 
 template <class T>
 T Element();

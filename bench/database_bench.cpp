@@ -2,6 +2,8 @@
 // same bytes (one memchr pass for the line ends), and lookups by path on a
 // large level next to the linear scan of string comparisons they replace.
 #include <benchmark/benchmark.h>
+
+#include "BenchSupport.h"
 #include <string.h>
 
 #include <string>

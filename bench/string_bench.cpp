@@ -1,6 +1,8 @@
 // RzString next to std::string (and StrMatch next to POSIX fnmatch), in the
 // same binary and run.
 #include <benchmark/benchmark.h>
+
+#include "BenchSupport.h"
 #include <fnmatch.h>
 
 #include <string>

@@ -4,6 +4,8 @@
 // shows as a tenfold time.
 #include <benchmark/benchmark.h>
 
+#include "BenchSupport.h"
+
 #include <algorithm>
 #include <map>
 #include <random>
@@ -116,7 +118,7 @@ void BM_Split_Rz(benchmark::State& state) {
     }
     state.SetBytesProcessed(state.iterations() * (state.range(0) << 20));
 }
-BENCHMARK(BM_Split_Rz)->Arg(10)->Arg(100)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Split_Rz)->Arg(10)->Arg(100)->MinTime(3)->Unit(benchmark::kMillisecond);
 
 void BM_Split_StdFind(benchmark::State& state) {
     const std::string& text = FieldText(state.range(0) << 20);
@@ -132,7 +134,7 @@ void BM_Split_StdFind(benchmark::State& state) {
     }
     state.SetBytesProcessed(state.iterations() * (state.range(0) << 20));
 }
-BENCHMARK(BM_Split_StdFind)->Arg(10)->Arg(100)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Split_StdFind)->Arg(10)->Arg(100)->MinTime(3)->Unit(benchmark::kMillisecond);
 
 // --- Replace every occurrence: 10,000 per MB ------------------------------------------------
 

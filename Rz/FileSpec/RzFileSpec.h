@@ -134,6 +134,10 @@ public:
     void SetUniqueName();
 
 protected:
+    // The file layer stores the creator it reads from the disk as it is, 0
+    // and 'MACS' included, which SetCreatorID would replace.
+    friend int32_t RzMacFSRefToCreatorType(RzFileSpec& spec, const FSRef& ref);
+
     RzString fullName;
     uint32_t typeID;
     uint32_t creatorID;

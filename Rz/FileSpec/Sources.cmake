@@ -1,1 +1,3 @@
-rz_add_sources(FileSpec)
+rz_add_sources(FileSpec
+  HEADERS RzFileSpec.h
+  SOURCES RzFileSpec.cpp)

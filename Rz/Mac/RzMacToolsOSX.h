@@ -45,8 +45,9 @@ int32_t RzMacReadCreatorType(RzFileSpec& spec);
 
 // --- Folders and files -------------------------------------------------------------
 
-// Moves the specification into a well-known folder, keeping its name.
-// Raises "RzArgErr" (3) for a value of 11 or more.
+// Moves the specification into a well-known folder, keeping its name; a
+// folder that cannot be found or created leaves the name alone. Raises
+// "RzArgErr" (3) for a value outside the enumeration (11 or more).
 void RzMacSetPath(RzFileSpec& spec, RzFolderType folder);
 // Creates the folder that spec names.
 int32_t RzMacCreateDir(const RzFileSpec& spec);

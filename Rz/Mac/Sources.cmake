@@ -1,3 +1,3 @@
 rz_add_sources(Mac
-  HEADERS RzByteOrder.h RzMacTypes.h
-  SOURCES RzByteOrder.cpp)
+  HEADERS RzByteOrder.h RzMacTypes.h RzMacToolsOSX.h
+  SOURCES RzByteOrder.cpp RzMacToolsOSX.cpp)

@@ -1,1 +1,3 @@
-rz_add_sources(RzSystem)
+rz_add_sources(RzSystem
+  HEADERS RzSystem.h
+  SOURCES RzSystem.cpp)

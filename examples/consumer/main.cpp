@@ -29,6 +29,10 @@ int main() {
         object->Delete();
         if (held->RefCount() != 1) return 1;
     }
+    RzFileSpec photo("/tmp/photo.JPG");
+    photo.SetType(eRzTypeTIFF);
+    if (photo.GetName() != "photo.tif" || photo.GetCreatorID() != 0x3842494Du) return 1;
+    if (RzMacGetPosixPath(kRzRootVolume, kRzRootFolderID) != "/") return 1;
     void* block = RzClone("abc", 4);
     RzFree(block);
     printf("rz consumer: %s, platform 0x%lx, ok\n", copy.c_str(),

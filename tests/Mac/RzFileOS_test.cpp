@@ -117,21 +117,6 @@ const unsigned char* P(const char* pascal) {
     return reinterpret_cast<const unsigned char*>(pascal);
 }
 
-// A ramfs mount: a file system without user extended attributes.
-struct NoXattrMount {
-    NoXattrMount() : point(dir / "ramfs") {
-        mounted = mkdir(point.c_str(), 0700) == 0 &&
-                  mount("ramfs", point.c_str(), "ramfs", 0, "mode=0755") == 0;
-        if (!mounted) reason = std::string("cannot mount ramfs (needs root): ") + strerror(errno);
-    }
-    ~NoXattrMount() {
-        if (mounted) umount2(point.c_str(), MNT_DETACH);
-    }
-    RzTempDir dir;
-    std::string point, reason;
-    bool mounted;
-};
-
 }  // namespace
 
 TEST(RzFileOS, ReferencesResolveLinks) {

@@ -1,9 +1,12 @@
 #!/usr/bin/env bash
 # Finder information written and read by the framework, checked against a
 # real SMB server with Mac extensions (Samba's vfs_fruit):
-#   1. type, creator and the invisible flag stamped here are what an SMB client
-#      reads from the file's AFP_AfpInfo stream;
-#   2. Finder information an SMB client writes is what the framework reads;
+#   1. type and creator stamped here when a file is opened for writing
+#      (RzMacOpenFile: from the extension, or an explicit creator) and the
+#      invisible flag (RzMacSetVisible) are what an SMB client reads from the
+#      file's AFP_AfpInfo stream;
+#   2. Finder information an SMB client writes is what the framework reads
+#      (RzMacReadCreatorType);
 #   3. the framework's read-modify-write of a record the server made keeps it
 #      valid for the server;
 #   4. with fruit:metadata = stream, the framework reads the client's stream
@@ -43,7 +46,7 @@ ours() {  # processes whose command line names our work folder
     for f in /proc/[0-9]*/cmdline; do
         pid=${f#/proc/}
         pid=${pid%/cmdline}
-        cmd=$(tr '\0' ' ' <"$f" 2>/dev/null) || continue
+        cmd=$(tr '\0' ' ' 2>/dev/null <"$f") || continue
         case $cmd in *"$WORK/"*) printf '%s ' "$pid" ;; esac
     done
 }
@@ -187,39 +190,54 @@ check_afpinfo() {  # file type creator flags-hex4 what
     fi
 }
 
-check_read() {  # path expected-line what
+in_share() {  # share tool-arguments...: the tool run inside a share's folder
+    local share=$1
+    shift
+    (cd "$WORK/$share" && "$TOOL" "$@")
+}
+
+check_read() {  # share name expected-line what
     local got
-    got=$("$TOOL" read "$1" 2>&1)
-    if [ "$got" = "$2" ]; then pass "$3"; else fail "$3 (got '$got', want '$2')"; fi
+    got=$(in_share "$1" read "$2" 2>&1)
+    if [ "$got" = "$3" ]; then pass "$4"; else fail "$4 (got '$got', want '$3')"; fi
 }
 
 cd "$WORK/out" || exit 1
 printf 'hello\n' >local.txt
 
-# 1. Stamped here, read by a client.
-printf 'hello\n' >"$WORK/meta/stamped.txt"
-"$TOOL" stamp "$WORK/meta/stamped.txt" TEXT ttxt && "$TOOL" hide "$WORK/meta/stamped.txt" ||
-    fail "stamping stamped.txt"
-smb meta 'get stamped.txt:AFP_AfpInfo stamped.afpinfo'
-check_afpinfo stamped.afpinfo TEXT ttxt 4000 "a client reads the type, creator and invisible flag stamped here"
+# Names are given relative to the share's folder, so that a dot in the path of
+# the work folder cannot count as an extension.
 
-# 2. Written by a client, read here.
+# 1. Stamped here by opening a file for writing, read by a client: the type of
+#    the extension with its own creator or an explicit one, and invisibility.
+in_share meta write stamped.txt && in_share meta hide stamped.txt || fail "writing stamped.txt"
+in_share meta write measure.cie RzTl || fail "writing measure.cie"
+smb meta 'get stamped.txt:AFP_AfpInfo stamped.afpinfo; get measure.cie:AFP_AfpInfo measure.afpinfo'
+check_afpinfo stamped.afpinfo TEXT ttxt 4000 "a client reads the type, creator and invisible flag stamped here"
+check_afpinfo measure.afpinfo TEXT RzTl 0000 "a client reads an explicit creator stamped here"
+
+# 2. Written by a client, read here. Without an extension the stored type is
+#    what the framework reports.
 afpinfo prof.afpinfo prof sync 4000
-smb meta 'put local.txt client.icc; put prof.afpinfo client.icc:AFP_AfpInfo'
-check_read "$WORK/meta/client.icc" "type=prof creator=sync flags=0x4000" \
+smb meta 'put local.txt client; put prof.afpinfo client:AFP_AfpInfo'
+check_read meta client "type=prof creator=sync flags=0x4000" \
     "the Finder information a client wrote is read here"
 
-# 3. Changed here in the server's own record, read again by a client.
-"$TOOL" stamp "$WORK/meta/client.icc" 8BIM - && "$TOOL" show "$WORK/meta/client.icc" ||
-    fail "restamping client.icc"
-smb meta 'get client.icc:AFP_AfpInfo restamped.afpinfo'
-check_afpinfo restamped.afpinfo 8BIM sync 0000 "the server's record changed here stays valid for the server"
+# 3. Changed here in the server's own record (a new creator; the type has no
+#    code from the name, so the client's stays), read again by a client.
+in_share meta update client 8BIM && in_share meta show client || fail "restamping client"
+smb meta 'get client:AFP_AfpInfo restamped.afpinfo; get client client.copy'
+check_afpinfo restamped.afpinfo prof 8BIM 0000 "the server's record changed here stays valid for the server"
+if cmp -s client.copy local.txt; then
+    pass "opening for reading and writing keeps the contents"
+else
+    fail "opening for reading and writing keeps the contents"
+fi
 
 # 4. The stream store.
-smb stream 'put local.txt s.txt; put prof.afpinfo s.txt:AFP_AfpInfo'
-check_read "$WORK/stream/s.txt" "type=prof creator=sync flags=0x4000" \
+smb stream 'put local.txt s; put prof.afpinfo s:AFP_AfpInfo'
+check_read stream s "type=prof creator=sync flags=0x4000" \
     "with fruit:metadata = stream the client's Finder information is read here"
-"$TOOL" stamp "$WORK/stream/s.txt" TEXT ttxt && "$TOOL" show "$WORK/stream/s.txt" ||
-    fail "stamping s.txt"
-smb stream 'get s.txt:AFP_AfpInfo s.afpinfo'
-check_afpinfo s.afpinfo TEXT ttxt 0000 "with fruit:metadata = stream a client reads what is stamped here"
+in_share stream update s ttxt && in_share stream show s || fail "stamping s"
+smb stream 'get s:AFP_AfpInfo s.afpinfo'
+check_afpinfo s.afpinfo prof ttxt 0000 "with fruit:metadata = stream a client reads what is stamped here"

@@ -1,51 +1,75 @@
 // Stamps and reads Finder information through the framework's file layer, for
 // the interoperability check with a real SMB server (finderinfo_samba.sh).
 //
-//   rz_finderinfo_tool stamp PATH TYPE CREATOR   codes of up to four characters; "-" keeps one
-//   rz_finderinfo_tool hide PATH | show PATH     sets or clears the invisible flag
-//   rz_finderinfo_tool read PATH                 prints "type=TEXT creator=ttxt flags=0x4000"
+//   rz_finderinfo_tool write PATH [CREATOR]   creates or truncates PATH with
+//                                             RzMacOpenFile, which stamps the
+//                                             type of its extension and the
+//                                             creator (given, or the type's own)
+//   rz_finderinfo_tool update PATH [CREATOR]  the same, opened for reading and
+//                                             writing: contents kept
+//   rz_finderinfo_tool hide PATH | show PATH  RzMacSetVisible
+//   rz_finderinfo_tool read PATH              prints "type=TEXT creator=ttxt flags=0x4000"
 //
-// Exits 0 on success, 1 with the result code on standard error otherwise, 2 on
-// a usage error.
+// "read" takes type and creator from RzMacReadCreatorType (so a known
+// extension wins over the stored type); the framework has no public call for
+// the Finder flags, so those come from the file seam.
+//
+// Exits 0 on success, 1 with the result code or error on standard error
+// otherwise, 2 on a usage error.
 #include <stdio.h>
 #include <string.h>
 
-#include <Rz/RzCore/RzString.h>
+#include <Rz/Mac/RzMacToolsOSX.h>
+#include <Rz/RzCore/RzError.h>
 #include <Rz/internal/RzFileOS.h>
 
 namespace {
 
-uint32_t Code(const char* text) {
-    return strcmp(text, "-") == 0 ? 0 : RzString(text).ToSig();
+int Report(const char* what, int32_t err) {
+    if (err == noErr) return 0;
+    fprintf(stderr, "rz_finderinfo_tool: %s failed: %d\n", what, static_cast<int>(err));
+    return 1;
 }
 
-int Report(const char* what, OSErr err) {
-    if (err == noErr) return 0;
-    fprintf(stderr, "rz_finderinfo_tool: %s failed: %d\n", what, err);
-    return 1;
+int Open(RzFileSpec& spec, const char* creator, eRzFileAccess access) {
+    if (creator) spec.SetCreatorID(RzString(creator).ToSig());
+    try {
+        FILE* file = RzMacOpenFile(spec, access);
+        if (access == eRzFileWrite) fputs("hello\n", file);
+        return fclose(file) == 0 ? 0 : Report("close", ioErr);
+    } catch (const RzError& e) {
+        fprintf(stderr, "rz_finderinfo_tool: %s\n", e.GetErrName());
+        return 1;
+    }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc == 5 && strcmp(argv[1], "stamp") == 0)
-        return Report("stamp", RzOSWriteFinderInfo(argv[2], Code(argv[3]), Code(argv[4])));
-    if (argc == 3 && (strcmp(argv[1], "hide") == 0 || strcmp(argv[1], "show") == 0))
-        return Report(argv[1], RzOSChangeFinderFlags(argv[2], argv[1][0] == 'h', kIsInvisible));
-    if (argc == 3 && strcmp(argv[1], "read") == 0) {
+    if (argc < 3) argc = 0;
+    RzFileSpec spec(RzString(argc ? argv[2] : ""));
+    const char* command = argc ? argv[1] : "";
+    if ((argc == 3 || argc == 4) && strcmp(command, "write") == 0)
+        return Open(spec, argc == 4 ? argv[3] : nullptr, eRzFileWrite);
+    if ((argc == 3 || argc == 4) && strcmp(command, "update") == 0)
+        return Open(spec, argc == 4 ? argv[3] : nullptr, eRzFileReadWrite);
+    if (argc == 3 && (strcmp(command, "hide") == 0 || strcmp(command, "show") == 0))
+        return Report(command, RzMacSetVisible(spec, command[0] == 's'));
+    if (argc == 3 && strcmp(command, "read") == 0) {
+        int32_t err = RzMacReadCreatorType(spec);
         uint32_t type = 0, creator = 0;
         uint16_t flags = 0;
-        OSErr err = RzOSReadFinderInfo(argv[2], type, creator, flags, nullptr);
+        if (err == noErr) err = RzOSReadFinderInfo(argv[2], type, creator, flags, nullptr);
         if (err == noErr) {
             RzString t, c;
-            t.FromSig(type);
-            c.FromSig(creator);
+            t.FromSig(spec.GetTypeID());
+            c.FromSig(spec.GetCreatorID());
             printf("type=%s creator=%s flags=0x%04x\n", t.c_str(), c.c_str(), flags);
         }
         return Report("read", err);
     }
     fprintf(stderr,
-            "usage: rz_finderinfo_tool stamp PATH TYPE CREATOR | hide PATH | show PATH | read "
-            "PATH\n");
+            "usage: rz_finderinfo_tool write PATH [CREATOR] | update PATH [CREATOR] | hide PATH "
+            "| show PATH | read PATH\n");
     return 2;
 }

@@ -1,11 +1,15 @@
 // A fresh temporary folder for tests that touch the disk, removed with
-// everything in it when the test ends, and an environment guard.
+// everything in it when the test ends, a mount without user extended
+// attributes, and an environment guard.
 #ifndef RZ_TESTS_SUPPORT_RZTEMPDIR_H
 #define RZ_TESTS_SUPPORT_RZTEMPDIR_H
 
+#include <errno.h>
 #include <ftw.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -44,6 +48,22 @@ public:
 
 private:
     std::string root;
+};
+
+// A ramfs mounted in a fresh temporary folder: a file system without user
+// extended attributes. Mounting needs root; `reason` says why it failed.
+struct NoXattrMount {
+    NoXattrMount() : point(dir / "ramfs") {
+        mounted = mkdir(point.c_str(), 0700) == 0 &&
+                  mount("ramfs", point.c_str(), "ramfs", 0, "mode=0755") == 0;
+        if (!mounted) reason = std::string("cannot mount ramfs (needs root): ") + strerror(errno);
+    }
+    ~NoXattrMount() {
+        if (mounted) umount2(point.c_str(), MNT_DETACH);
+    }
+    RzTempDir dir;
+    std::string point, reason;
+    bool mounted;
 };
 
 // Sets environment variables for one test and puts the old values back.

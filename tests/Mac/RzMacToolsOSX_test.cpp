@@ -1,0 +1,207 @@
+// The file layer on real files, in a fresh temporary folder each.
+#include <Rz/Mac/RzMacToolsOSX.h>
+
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <string>
+
+#include <Rz/internal/RzFileOS.h>
+
+#include "support/RzTempDir.h"
+#include "support/RzTestSupport.h"
+
+namespace {
+
+uint32_t C(const char* code) {
+    return RzString(code).ToSig();
+}
+
+void Write(const std::string& path, const char* text = "contents") {
+    FILE* f = fopen(path.c_str(), "w");
+    ASSERT_NE(f, nullptr) << path;
+    fputs(text, f);
+    fclose(f);
+}
+
+RzFileSpec Spec(const std::string& path) {
+    return RzFileSpec(RzString(path.c_str()));
+}
+
+// What RzMacReadCreatorType gives a fresh specification: "TYPE/crea", a zero
+// code as "0".
+std::string Codes(const std::string& path) {
+    RzFileSpec s = Spec(path);
+    int32_t err = RzMacReadCreatorType(s);
+    if (err != noErr) return "error " + std::to_string(err);
+    auto text = [](uint32_t c) { return c ? std::string(RzString().FromSig(c).c_str()) : "0"; };
+    return text(s.GetTypeID()) + "/" + text(s.GetCreatorID());
+}
+
+}  // namespace
+
+TEST(RzMacToolsOSX, ReferencesAndSpecifications) {
+    RzTempDir t;
+    mkdir((t / "d").c_str(), 0755);
+    Write(t / "d/f.txt");
+    symlink("d/f.txt", (t / "link").c_str());
+    struct Case {
+        std::string path;
+        int32_t err;
+    } cases[] = {
+        {t / "link", noErr},
+        {t / "d/new:x", fnfErr},           // missing in an existing folder
+        {t / "none/new", fnfErr},          // the folder's own lookup fails ...
+        {t / "d/f.txt/new", dirNFErr},     // ... as it may
+        {"/rz-surely-not-there", fnfErr},  // the root folder has no name
+    };
+    for (const Case& c : cases) {
+        FSRef ref;
+        EXPECT_EQ(RzFileSpecToFSRef(ref, Spec(c.path)), c.err) << c.path;
+        if (c.err == noErr) {
+            EXPECT_STREQ(ref.path.c_str(), (t / "d/f.txt").c_str());
+        }
+    }
+    // FSSpecs name missing items too; codes are cleared, then read.
+    for (std::string path : {t / "link", t / "d/new:x.txt"}) {
+        FSSpec fsspec;
+        RzFileSpec back("/elsewhere/x.gif");
+        RzFileSpecToFSSpec(fsspec, Spec(path));
+        FSSpecToRzFileSpec(back, fsspec);
+        bool exists = path == t / "link";
+        EXPECT_EQ(back.GetFullName().c_str(), exists ? t / "d/f.txt" : path);
+        EXPECT_EQ(back.GetTypeID(), exists ? C("TEXT") : 0u) << path;
+        EXPECT_EQ(back.GetCreatorID(), 0u) << path;
+    }
+    FSSpec fsspec;
+    RzFileSpecToFSSpec(fsspec, Spec(t / "d/f.txt"));
+    EXPECT_EQ(RzMacGetPosixPath(fsspec.vRefNum, fsspec.parID).c_str(), t / "d/");
+    EXPECT_EQ(RzMacGetPosixPath(kRzRootVolume, kRzRootFolderID), "/");
+    EXPECT_EQ(RzMacGetPosixPath(kRzRootVolume, 0x7FFF0000), "");
+}
+
+TEST(RzMacToolsOSX, FinderTypeAndCreator) {
+    RzTempDir t;
+    struct Case {
+        const char *name, *type, *creator, *read;  // type null: nothing stored
+    } cases[] = {
+        {"a.txt", "prof", "sync", "TEXT/sync"},  // a known extension wins over the type
+        {"a.dat", "prof", "sync", "prof/sync"},
+        {"plain", "PICT", "MACS", "PICT/MACS"},
+        {"b.txt", nullptr, nullptr, "TEXT/0"},  // the creator is taken even when 0
+    };
+    for (const Case& c : cases) {
+        Write(t / c.name);
+        if (c.type) RzOSWriteFinderInfo((t / c.name).c_str(), C(c.type), C(c.creator));
+        EXPECT_EQ(Codes(t / c.name), c.read) << c.name;
+    }
+    mkdir((t / "f.txt").c_str(), 0755);
+    RzOSWriteFinderInfo((t / "f.txt").c_str(), C("fold"), C("MACS"));
+    EXPECT_EQ(Codes(t / "f.txt"), "TEXT/0");  // a folder has no codes
+    EXPECT_EQ(Codes(t / "missing.txt"), "error -43");
+}
+
+TEST(RzMacToolsOSX, OpeningFiles) {
+    RzTempDir t;
+    std::string missing = t / "no/x.txt";
+    RzFileSpec s = Spec(missing);
+    RzError e = CatchRzError([&] { RzMacOpenFile(s, eRzFileRead); });
+    EXPECT_EQ(e.GetErr(), 12u);
+    EXPECT_EQ(e.GetErrName(), "FileNotOpen (for reading): " + missing);
+    EXPECT_STREQ(e.GetFileName(), "");
+    EXPECT_EQ(e.GetLine(), 0);
+    e = CatchRzError([&] { RzMacOpenFile(s, eRzFileReadWrite); });
+    EXPECT_EQ(e.GetErrName(), "FileNotOpen: (for writing)" + missing);
+    EXPECT_EQ(RzMacOpenFile(s, eRzFileNone), nullptr);
+    EXPECT_EQ(RzMacOpenFile(s, static_cast<eRzFileAccess>(4)), nullptr);
+
+    // Writing creates or truncates; read/write creates or keeps; all at 0.
+    Write(t / "old.txt");
+    Write(t / "kept.txt");
+    struct Case {
+        const char* name;
+        eRzFileAccess access;
+        long size;
+    } cases[] = {{"new.txt", eRzFileWrite, 0},
+                 {"old.txt", eRzFileWrite, 0},
+                 {"new2.txt", eRzFileReadWrite, 0},
+                 {"kept.txt", eRzFileReadWrite, 8},
+                 {"kept.txt", eRzFileRead, 8}};
+    for (const Case& c : cases) {
+        RzFileSpec f = Spec(t / c.name);
+        FILE* file = RzMacOpenFile(f, c.access);
+        ASSERT_NE(file, nullptr) << c.name;
+        EXPECT_EQ(ftell(file), 0) << c.name;
+        fseek(file, 0, SEEK_END);
+        EXPECT_EQ(ftell(file), c.size) << c.name;
+        fclose(file);
+        EXPECT_EQ(Codes(t / c.name), "TEXT/ttxt") << c.name;  // stamped
+    }
+    // An explicit creator is stamped; a zero type keeps the stored one.
+    RzFileSpec m = Spec(t / "m.cie");
+    m.SetCreatorID(C("RzTl"));
+    fclose(RzMacOpenFile(m, eRzFileWrite));
+    EXPECT_EQ(Codes(t / "m.cie"), "TEXT/RzTl");
+    Write(t / "plain");
+    RzOSWriteFinderInfo((t / "plain").c_str(), C("prof"), C("sync"));
+    RzFileSpec p = Spec(t / "plain");
+    p.SetCreatorID(C("8BIM"));
+    fclose(RzMacOpenFile(p, eRzFileReadWrite));
+    EXPECT_EQ(Codes(t / "plain"), "prof/8BIM");
+}
+
+TEST(RzMacToolsOSX, FileSystemWithoutFinderInformation) {
+    NoXattrMount m;
+    if (!m.mounted) GTEST_SKIP() << m.reason;
+    RzFileSpec s = Spec(m.point + "/f.txt");
+    s.SetCreatorID(C("RzTl"));
+    FILE* file = RzMacOpenFile(s, eRzFileWrite);  // stamping is skipped quietly
+    ASSERT_NE(file, nullptr);
+    fclose(file);
+    EXPECT_EQ(Codes(m.point + "/f.txt"), "TEXT/0");
+    EXPECT_EQ(RzMacSetVisible(s, false), wrgVolTypErr);
+}
+
+TEST(RzMacToolsOSX, WellKnownFolders) {
+    RzTempDir t;
+    RzEnvGuard env;
+    env.Set("XDG_DATA_HOME", (t / "data").c_str());
+    env.Set("TMPDIR", t.path().c_str());
+    struct Case {
+        int folder;
+        std::string full;
+    } cases[] = {
+        {eRzFolderNone, "a.txt"},
+        {eRzFolderKeep, "/somewhere/a.txt"},
+        {eRzFolderUserProfiles, t / "data/icc/a.txt"},
+        {eRzFolderTemporary, t / "a.txt"},
+        {eRzFolderAppSupportCommon, t / "data/a.txt"},
+    };
+    for (const Case& c : cases) {
+        RzFileSpec s("/somewhere/a.txt");
+        s.SetPath(static_cast<RzFolderType>(c.folder));
+        EXPECT_EQ(s.GetFullName().c_str(), c.full) << c.folder;
+    }
+    RzFileSpec s("/somewhere/a.txt");
+    RzError e = CatchRzError([&] { RzMacSetPath(s, static_cast<RzFolderType>(11)); });
+    EXPECT_STREQ(e.GetErrName(), "RzArgErr");
+    EXPECT_STREQ(e.GetFileName(), "RzMacToolsOSX");
+
+    // A user who may not write the shared profile folder gets his own: in a
+    // child, as nobody when we are root.
+    chmod(t.path().c_str(), 0777);
+    pid_t child = fork();
+    if (child == 0) {
+        if (getuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(2);
+        if (access("/usr/share/color/icc", W_OK) == 0) _exit(3);
+        setenv("XDG_DATA_HOME", (t / "user").c_str(), 1);
+        RzFileSpec p("a.icc");
+        RzMacSetPath(p, eRzFolderProfiles);
+        _exit(p.GetFullName().c_str() == t / "user/icc/a.icc" ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 3) GTEST_SKIP() << "icc folder is writable";
+    EXPECT_EQ(status, 0);
+}
