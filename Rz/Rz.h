@@ -12,6 +12,7 @@
 #include <Rz/RzData/RzDataBase.h>
 #include <Rz/RzData/RzList.h>
 #include <Rz/RzIO/RzDebug.h>
+#include <Rz/RzIO/RzFile.h>
 #include <Rz/RzIO/RzStdStream.h>
 #include <Rz/RzIO/RzStream.h>
 #include <Rz/Mac/RzByteOrder.h>

@@ -6,6 +6,8 @@
 
 #include <vector>
 
+#include <Rz/FileSpec/RzFileSpec.h>
+#include <Rz/RzIO/RzFile.h>
 #include <Rz/RzIO/RzStdStream.h>
 
 namespace {
@@ -24,6 +26,12 @@ RzStream* gStream = nullptr;
 // that line would go to the same failing stream, which would raise again,
 // and so on until the stack ran out.
 thread_local bool gWriting = false;
+
+// Every log stream RzSetDebugOutputFileImpl made, appended to by it. They
+// are never destroyed: the application may still hold one, and errors may
+// write debug lines while statics are being destroyed. The list only keeps
+// them reachable for leak checkers.
+std::vector<RzStream*>* gLogStreams = nullptr;
 
 RzStream* CurrentStream() {
     if (!gStream) gStream = RzGetDefaultOutputStream();
@@ -64,6 +72,18 @@ RzStream* RzSetDebugOutputImpl(RzStream* s) {
 
 RzStream* RzGetDebugOutputImpl() {
     return CurrentStream();
+}
+
+void RzSetDebugOutputFileImpl(const RzString& name) {
+    RzOutputFile() = name;
+    if (name.length() != 0) {
+        if (!gLogStreams) gLogStreams = new std::vector<RzStream*>;
+        gLogStreams->push_back(nullptr);  // room first: a made stream is always kept
+        gStream = gLogStreams->back() = new RzFlushFileStream(RzFileSpec(name));
+    } else {
+        // Clearing the name keeps an earlier log file in use on purpose.
+        CurrentStream();
+    }
 }
 
 RzString RzGetDebugOutputFileImpl() {

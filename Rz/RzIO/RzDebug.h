@@ -38,6 +38,13 @@ RzStream* RzSetDebugOutputImpl(RzStream* s);
 // The current stream, the default stream when none is set yet.
 RzStream* RzGetDebugOutputImpl();
 
+// Sets the log file name. A non-empty name makes a new RzFlushFileStream for
+// it the current stream (the file is touched only by later writes; the
+// stream is never deleted). An empty name only clears the name: an earlier
+// log file stays the current stream. To go back to standard output, call
+// RzSetDebugOutputImpl(RzGetDefaultOutputStream()). Allocation failures
+// propagate.
+void RzSetDebugOutputFileImpl(const RzString& name);
 // A copy of the log file name.
 RzString RzGetDebugOutputFileImpl();
 

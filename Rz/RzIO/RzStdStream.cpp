@@ -10,7 +10,7 @@ static const char kRzUnit[] = "RzStdStream";
 
 namespace {
 
-// The count wraps at 32 bits like the original's long.
+// The count is 32-bit and wraps.
 int32_t Advance(int32_t count, uint32_t by) {
     return static_cast<int32_t>(static_cast<uint32_t>(count) + by);
 }
@@ -26,7 +26,8 @@ int32_t RzStdStream::GetPosition() {
 }
 
 uint32_t RzStdInStream::Read(void* buffer, uint32_t size, uint32_t* done) {
-    // No room for the terminator: the original would run past the buffer.
+    // No room even for the terminator: reading size - 1 characters would
+    // run far past the buffer.
     if (size == 0) return 0;
     char* out = static_cast<char*>(buffer);
     const uint32_t n = size - 1;

@@ -5,6 +5,7 @@
 #define RZ_INTERNAL_RZOS_H
 
 #include <stdint.h>
+#include <stdio.h>
 
 // The system version in the framework's BCD form, or 0 when it cannot be read.
 int32_t RzOSSystemVersion();
@@ -20,5 +21,13 @@ int32_t RzBCDVersion(long major, long minor, long patch);
 // Reads "major.minor.patch..." from a release text such as "6.1.0-18-amd64";
 // missing fields count as 0. Returns 0 when the text starts with no number.
 int32_t RzBCDVersionFromRelease(const char* release);
+
+// Makes every later write to the open stream go to the end of its file in
+// one piece, also when other processes append to the same file: the
+// descriptor is put in append mode and the stream unbuffered, so that each
+// fwrite is one append. Must be called before any other operation on the
+// stream. Returns false when the descriptor cannot be changed (the stream
+// then writes where it is positioned).
+bool RzOSAppendEveryWrite(FILE* stream);
 
 #endif

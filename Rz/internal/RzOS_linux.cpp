@@ -2,6 +2,7 @@
 #include <Rz/internal/RzOS.h>
 
 #include <ctype.h>
+#include <fcntl.h>
 #include <stdlib.h>
 #include <sys/utsname.h>
 
@@ -45,4 +46,11 @@ int32_t RzOSSystemVersion() {
 
 int32_t RzOSPlatform() {
     return kRzPlatformLinux;
+}
+
+bool RzOSAppendEveryWrite(FILE* stream) {
+    setvbuf(stream, nullptr, _IONBF, 0);
+    const int fd = fileno(stream);
+    const int flags = fcntl(fd, F_GETFL);
+    return flags != -1 && fcntl(fd, F_SETFL, flags | O_APPEND) == 0;
 }

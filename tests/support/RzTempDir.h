@@ -13,6 +13,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -65,6 +67,13 @@ struct NoXattrMount {
     std::string point, reason;
     bool mounted;
 };
+
+// The whole content of a file ("" when it cannot be read).
+inline std::string FileText(const std::string& path) {
+    std::ostringstream out;
+    out << std::ifstream(path, std::ios::binary).rdbuf();
+    return out.str();
+}
 
 // Sets environment variables for one test and puts the old values back.
 class RzEnvGuard {
