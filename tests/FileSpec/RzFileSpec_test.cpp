@@ -1,7 +1,5 @@
 #include <Rz/FileSpec/RzFileSpec.h>
 
-#include <stdio.h>
-
 #include <functional>
 #include <string>
 
@@ -106,14 +104,9 @@ TEST(RzFileSpec, AbsoluteNamesAndEquality) {
 
 TEST(RzFileSpec, UniqueNamesOnDisk) {
     RzTempDir t;
-    auto touch = [&](const std::string& name) {
-        FILE* f = fopen((t / name).c_str(), "w");
-        ASSERT_NE(f, nullptr) << name;
-        fclose(f);
-    };
     for (const char* name : {"photo.jpg", "photo-001.jpg", "README", "data.zip", "w.txt"})
-        touch(name);
-    for (int i = 1001; i <= 1999; ++i) touch("w-" + std::to_string(i).substr(1) + ".txt");
+        ASSERT_TRUE(RzPutFile(t / name));
+    for (int i = 1001; i <= 1999; ++i) RzPutFile(t / ("w-" + std::to_string(i).substr(1) + ".txt"));
     struct Case {
         const char *name, *unique;
     } cases[] = {

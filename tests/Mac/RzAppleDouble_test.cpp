@@ -1,9 +1,7 @@
 #include <Rz/internal/RzAppleDouble.h>
 
-#include <stdlib.h>
-#include <string.h>
+#include <stdio.h>
 
-#include <string>
 #include <vector>
 
 #include "support/RzTestSupport.h"
@@ -12,24 +10,10 @@ namespace {
 
 std::vector<unsigned char> FromHex(const char* hex) {
     std::vector<unsigned char> out;
-    for (const char* p = hex; *p;) {
-        if (*p == ' ' || *p == '\n') {
-            ++p;
-            continue;
-        }
-        out.push_back(static_cast<unsigned char>(strtoul(std::string(p, 2).c_str(), nullptr, 16)));
-        p += 2;
-    }
+    unsigned byte;
+    for (int n = 0; sscanf(hex, " %2x%n", &byte, &n) == 1; hex += n)
+        out.push_back(static_cast<unsigned char>(byte));
     return out;
-}
-
-std::vector<unsigned char> FinderInfo(const char* type, const char* creator, uint16_t flags) {
-    std::vector<unsigned char> fi(32, 0);
-    memcpy(fi.data(), type, 4);
-    memcpy(fi.data() + 4, creator, 4);
-    fi[8] = static_cast<unsigned char>(flags >> 8);
-    fi[9] = static_cast<unsigned char>(flags);
-    return fi;
 }
 
 // The record file servers write for type 'TEXT', creator 'ttxt', flags 0x4000
@@ -55,8 +39,8 @@ std::vector<unsigned char> ServerRecord() {
 
 TEST(RzAppleDouble, FreshRecordIsTheServersLayout) {
     std::vector<unsigned char> blob(402, 0xEE);
-    RzMetadataBuild(blob.data(), FinderInfo("TEXT", "ttxt", 0x4000).data(),
-                    RzMetadataDate(946684800));
+    const unsigned char fi[32] = {'T', 'E', 'X', 'T', 't', 't', 'x', 't', 0x40};
+    RzMetadataBuild(blob.data(), fi, RzMetadataDate(946684800));
     EXPECT_EQ(blob, ServerRecord());
     EXPECT_TRUE(RzMetadataIsValid(blob.data(), blob.size()));
 

@@ -5,40 +5,28 @@
 #include "support/RzTestSupport.h"
 
 TEST(RzByteOrder, Swaps) {
-    EXPECT_EQ(SwapShort(0x1234), 0x3412);
-    EXPECT_EQ(SwapUShort(0xFF00), 0x00FF);
-    EXPECT_EQ(SwapLong(0x12345678), 0x78563412);
-    EXPECT_EQ(SwapULong(0x80000001u), 0x01000080u);
-    EXPECT_EQ(SwapShort(SwapShort(-2)), -2);
-    EXPECT_EQ(SwapLong(SwapLong(-123456)), -123456);
     EXPECT_EQ(SwapShort(static_cast<short>(0x80FF)), static_cast<short>(0xFF80));
-}
+    EXPECT_EQ(SwapUShort(0xFF00), 0x00FF);
+    EXPECT_EQ(SwapLong(-123456), static_cast<int32_t>(0xC01DFEFF));
+    EXPECT_EQ(SwapULong(0x80000001u), 0x01000080u);
 
-TEST(RzByteOrder, SwapArrays) {
     short shorts[3] = {0x0102, 0x0304, 0x0506};
     EXPECT_EQ(SwapShortPtr(shorts, 2), shorts);
-    EXPECT_EQ(shorts[0], 0x0201);
-    EXPECT_EQ(shorts[1], 0x0403);
-    EXPECT_EQ(shorts[2], 0x0506);  // beyond the count: untouched
+    EXPECT_TRUE(shorts[0] == 0x0201 && shorts[1] == 0x0403 && shorts[2] == 0x0506);
     EXPECT_EQ(SwapShortPtr(nullptr, 5), nullptr);
-
     int32_t longs[2] = {0x01020304, 0x05060708};
-    EXPECT_EQ(SwapLongPtr(longs, 0), longs);
     EXPECT_EQ(SwapLongPtr(longs, -1), longs);
     EXPECT_EQ(longs[0], 0x01020304);
     SwapLongPtr(longs, 2);
-    EXPECT_EQ(longs[0], 0x04030201);
-    EXPECT_EQ(longs[1], 0x08070605);
+    EXPECT_TRUE(longs[0] == 0x04030201 && longs[1] == 0x08070605);
 }
 
 TEST(RzByteOrder, HostAndPlatform) {
     EXPECT_EQ(RzGetEndian(), 1);  // x86 and the other Linux targets we build for
     EXPECT_EQ(RzGetPlatform(), kRzPlatformLinux);
-    EXPECT_TRUE(RzPlatformIsUnix(RzGetPlatform()));
-    EXPECT_TRUE(RzPlatformIsUnix(kRzPlatformMacOSX));
+    EXPECT_TRUE(RzPlatformIsUnix(RzGetPlatform()) && RzPlatformIsUnix(kRzPlatformMacOSX));
     EXPECT_FALSE(RzPlatformIsUnix(kRzPlatformMacOS9));
     EXPECT_GT(RzGetSystemVersion(), 0);
-    EXPECT_EQ(RzGetSystemVersion(), RzGetSystemVersion());
 }
 
 TEST(RzByteOrder, SystemVersionFromKernelRelease) {

@@ -1,15 +1,10 @@
-// The Linux file layer on a real disk: every test works in a fresh temporary
-// folder that is removed afterwards.
+// The Linux file layer on a real disk, each test in a fresh temporary folder.
 #include <Rz/internal/RzFileOS.h>
 
-#include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
-#include <string.h>
-#include <sys/mount.h>
-#include <sys/stat.h>
+#include <stdio.h>
 #include <sys/xattr.h>
-#include <unistd.h>
 
 #include <string>
 #include <vector>
@@ -26,17 +21,6 @@ const char kMetadata[] = "user.org.netatalk.Metadata";
 const char kStream[] = "user.DosStream.AFP_AfpInfo:$DATA";
 const char kApple[] = "user.com.apple.FinderInfo";
 const uint32_t kTEXT = 0x54455854, kttxt = 0x74747874, kprof = 0x70726F66, ksync = 0x73796E63;
-
-void Put(const std::string& path, const Blob& bytes) {
-    FILE* f = fopen(path.c_str(), "wb");
-    ASSERT_NE(f, nullptr) << path;
-    fwrite(bytes.data(), 1, bytes.size(), f);
-    fclose(f);
-}
-
-void Touch(const std::string& path, const char* text = "x") {
-    Put(path, Blob(text, text + strlen(text)));
-}
 
 Blob Fi(uint32_t type, uint32_t creator, uint16_t flags) {
     Blob fi(32, 0);
@@ -60,7 +44,7 @@ Blob Stream(uint32_t type, uint32_t creator) {  // with the trailing zero
 }
 
 // A "._name" file as a Mac writes it: Finder information at 50.
-Blob Sidecar(uint32_t type, uint32_t creator) {
+std::string Sidecar(uint32_t type, uint32_t creator) {
     Blob f(50, 0), fi = Fi(type, creator, 0);
     RzPutBE32(&f[0], kRzAppleDoubleMagic);
     RzPutBE32(&f[4], kRzAppleDoubleVersion2);
@@ -69,7 +53,15 @@ Blob Sidecar(uint32_t type, uint32_t creator) {
     RzPutBE32(&f[26], 9), RzPutBE32(&f[30], 50), RzPutBE32(&f[34], 32);
     RzPutBE32(&f[38], 2), RzPutBE32(&f[42], 82);
     f.insert(f.end(), fi.begin(), fi.end());
-    return f;
+    return std::string(f.begin(), f.end());
+}
+
+uint32_t SidecarType(const std::string& path) {
+    unsigned char b[54] = {0};
+    FILE* in = fopen(path.c_str(), "rb");
+    if (in && fread(b, 1, sizeof b, in) != sizeof b) b[50] = 0xFF;
+    if (in) fclose(in);
+    return RzGetBE32(b + 50);
 }
 
 Blob Attr(const std::string& path, const char* name) {
@@ -83,26 +75,18 @@ void SetAttr(const std::string& path, const char* name, const Blob& v) {
     ASSERT_EQ(setxattr(path.c_str(), name, v.data(), v.size(), 0), 0) << strerror(errno);
 }
 
-uint32_t SidecarType(const std::string& path) {
-    unsigned char b[4] = {0};
-    if (FILE* in = fopen(path.c_str(), "rb")) {
-        if (fseek(in, 50, SEEK_SET) != 0 || fread(b, 1, 4, in) != 4) b[0] = 0xFF;
-        fclose(in);
-    }
-    return RzGetBE32(b);
-}
-
-struct Info {
-    OSErr err;
-    uint32_t type, creator;
-    uint16_t flags;
-    bool isDirectory;
-};
-
-Info Read(const std::string& path) {
-    Info i = {0, 0xDEAD, 0xDEAD, 0xDEAD, false};
-    i.err = RzOSReadFinderInfo(path.c_str(), i.type, i.creator, i.flags, &i.isDirectory);
-    return i;
+// "TYPE/crea flags" (a zero code as 0, flags in hex) as RzOSReadFinderInfo
+// reports them, "dir " first for a folder, or "error N".
+std::string Read(const std::string& path) {
+    uint32_t type = 0xDEAD, creator = 0xDEAD;
+    uint16_t flags = 0xDEAD;
+    bool isDirectory = false;
+    const OSErr err = RzOSReadFinderInfo(path.c_str(), type, creator, flags, &isDirectory);
+    if (err) return "error " + std::to_string(err);
+    auto code = [](uint32_t c) { return c ? std::string(RzString().FromSig(c).c_str()) : "0"; };
+    char hex[8];
+    snprintf(hex, sizeof hex, " %x", flags);
+    return (isDirectory ? "dir " : "") + code(type) + "/" + code(creator) + hex;
 }
 
 std::string PathOf(short volume, int32_t folder, const unsigned char* name = nullptr) {
@@ -122,29 +106,25 @@ const unsigned char* P(const char* pascal) {
 TEST(RzFileOS, ReferencesResolveLinks) {
     RzTempDir t;
     mkdir((t / "dir").c_str(), 0755);
-    Touch(t / "dir/f");
+    RzPutFile(t / "dir/f");
     symlink("dir/f", (t / "link").c_str());
     symlink("dir", (t / "dirlink").c_str());
     symlink("missing", (t / "dangling").c_str());
     struct Case {
-        std::string path;
-        OSErr err;
-        std::string resolved;
+        std::string path, resolved;  // "" for fnfErr
         bool isDirectory;
-    } cases[] = {
-        {t / "link", noErr, t / "dir/f", false},
-        {t / "dirlink/../dir/./f", noErr, t / "dir/f", false},
-        {t / "dirlink", noErr, t / "dir", true},
-        {"/", noErr, "/", true},
-        {t / "dangling", fnfErr, "", false},
-        {t / "dir/f/x", dirNFErr, "", false},
-    };
+    } cases[] = {{t / "dirlink/../dir/./f", t / "dir/f", false},
+                 {t / "dirlink", t / "dir", true},
+                 {"/", "/", true},
+                 {t / "dangling", "", false}};
     for (const Case& c : cases) {
         FSRef ref;
         bool isDirectory = !c.isDirectory;
         RzString path;
-        ASSERT_EQ(RzOSPathMakeRef(c.path.c_str(), ref, &isDirectory), c.err) << c.path;
-        if (c.err != noErr) continue;
+        ASSERT_EQ(RzOSPathMakeRef(c.path.c_str(), ref, &isDirectory),
+                  c.resolved.empty() ? fnfErr : noErr)
+            << c.path;
+        if (c.resolved.empty()) continue;
         EXPECT_EQ(RzOSRefMakePath(ref, path), noErr);
         EXPECT_EQ(path.c_str(), c.resolved);
         EXPECT_EQ(isDirectory, c.isDirectory) << c.path;
@@ -162,25 +142,21 @@ TEST(RzFileOS, ReferencesResolveLinks) {
 TEST(RzFileOS, FolderIDsMapBackToPaths) {
     RzTempDir t;
     mkdir((t / "a").c_str(), 0755);
-    Touch(t / "a/f");
-    EXPECT_EQ(PathOf(kRzRootVolume, kRzRootFolderID), "/");
+    RzPutFile(t / "a/f");
     EXPECT_EQ(PathOf(0, kRzRootFolderID), "/");
     FSRef ref;
     EXPECT_EQ(RzOSFolderMakeRef(-99, kRzRootFolderID, ref), nsvErr);
-    for (int32_t id : {0, 1, 15, 0x7FFFFFFF, -5})
+    for (int32_t id : {0, 1, 15, -5})
         EXPECT_EQ(RzOSFolderMakeRef(kRzRootVolume, id, ref), dirNFErr) << id;
 
     FSSpec spec, again;
     ASSERT_EQ(RzOSPathMakeFSSpec((t / "a/f").c_str(), spec), noErr);
     EXPECT_EQ(PathOf(spec.vRefNum, spec.parID, spec.name), t / "a/f");
-    ASSERT_EQ(RzOSPathMakeFSSpec((t / "a/./f").c_str(), again), noErr);
-    EXPECT_EQ(again.parID, spec.parID);  // one folder, one ID
-
     // An ID names the folder it was handed out for, never another one.
     rename((t / "a").c_str(), (t / "b").c_str());
     mkdir((t / "a").c_str(), 0755);
     EXPECT_EQ(RzOSFolderMakeRef(spec.vRefNum, spec.parID, ref), dirNFErr);
-    ASSERT_EQ(RzOSPathMakeFSSpec((t / "b/f").c_str(), again), noErr);
+    ASSERT_EQ(RzOSPathMakeFSSpec((t / "b/./f").c_str(), again), noErr);
     EXPECT_EQ(again.parID, spec.parID);  // found again under its new name
     EXPECT_EQ(PathOf(spec.vRefNum, spec.parID), t / "b");
 
@@ -194,9 +170,8 @@ TEST(RzFileOS, MakeFSSpecNamesAndRelativePaths) {
     RzTempDir t;
     mkdir((t / "top").c_str(), 0755);
     mkdir((t / "top/sub").c_str(), 0755);
-    Touch(t / "top/sub/file");
-    Touch(t / "top/a:b");
-    symlink("sub/file", (t / "top/link").c_str());
+    RzPutFile(t / "top/sub/file");
+    RzPutFile(t / "top/a:b");
     FSSpec top;
     ASSERT_EQ(RzOSPathMakeFSSpec((t / "top/sub").c_str(), top), noErr);
     struct Case {
@@ -213,7 +188,6 @@ TEST(RzFileOS, MakeFSSpecNamesAndRelativePaths) {
         {"\x08:sub:new", fnfErr, t / "top/sub/new"},
         {"\x00", noErr, t / "top"},
         {"\x02::", noErr, t.path()},
-        {"\x0e::top:sub:file", noErr, t / "top/sub/file"},
         {"\x06:sub::", noErr, t / "top"},
         {"\x0a:none:file", dirNFErr, ""},
     };
@@ -229,18 +203,8 @@ TEST(RzFileOS, MakeFSSpecNamesAndRelativePaths) {
         EXPECT_EQ(RzOSSpecMakeRef(spec, ref), c.err) << c.name + 1;
     }
 
-    // A missing item's FSSpec names where it will be; links resolve on request.
-    FSSpec spec;
-    FSRef ref;
-    ASSERT_EQ(RzOSMakeFSSpec(kRzRootVolume, top.parID, P("\x03new"), spec), fnfErr);
-    Touch(t / "top/new");
-    ASSERT_EQ(RzOSSpecMakeRef(spec, ref), noErr);
-    EXPECT_STREQ(ref.path.c_str(), (t / "top/new").c_str());
-    ASSERT_EQ(RzOSMakeFSSpec(kRzRootVolume, top.parID, P("\x04link"), spec), noErr);
-    EXPECT_EQ(RzOSResolveAliasSpec(spec), noErr);
-    EXPECT_EQ(PathOf(spec.vRefNum, spec.parID, spec.name), t / "top/sub/file");
-
     // Volume 0, folder 0: the working directory.
+    FSSpec spec;
     char cwd[PATH_MAX];
     ASSERT_TRUE(getcwd(cwd, sizeof cwd) && chdir((t / "top/sub").c_str()) == 0);
     OSErr err = RzOSMakeFSSpec(0, 0,
@@ -260,44 +224,38 @@ TEST(RzFileOS, FinderInfoFallbacksInOrder) {
         const char* what;
         Blob record, stream, apple;
         bool sidecar;  // a "._" file with 'prof'/'sync'
-        uint32_t type, creator;
-        uint16_t flags;
+        const char* read;
     } cases[] = {
-        {"nothing", {}, {}, {}, false, 0, 0, 0},
-        {"record", Record(kTEXT, kttxt, 0x4000), {}, {}, false, kTEXT, kttxt, 0x4000},
-        {"stream", {}, Stream(kprof, ksync), {}, false, kprof, ksync, 0},
-        {"apple", {}, {}, Fi(kprof, kttxt, 1), false, kprof, kttxt, 1},
-        {"sidecar", {}, {}, {}, true, kprof, ksync, 0},
-        {"record first", Record(kTEXT, kttxt, 0), Stream(kprof, ksync), {}, false, kTEXT, kttxt, 0},
-        {"stream next", {}, Stream(kprof, ksync), Fi(kTEXT, kttxt, 0), true, kprof, ksync, 0},
-        {"apple next", {}, {}, Fi(kTEXT, kttxt, 0), true, kTEXT, kttxt, 0},
-        {"rejected record", rejected, Stream(kprof, ksync), {}, false, kprof, ksync, 0},
-        {"record too long", Blob(403, 0), {}, {}, true, kprof, ksync, 0},
+        {"nothing", {}, {}, {}, false, "0/0 0"},
+        {"record", Record(kTEXT, kttxt, 0x4000), {}, {}, false, "TEXT/ttxt 4000"},
+        {"stream", {}, Stream(kprof, ksync), {}, false, "prof/sync 0"},
+        {"apple", {}, {}, Fi(kprof, kttxt, 1), false, "prof/ttxt 1"},
+        {"sidecar", {}, {}, {}, true, "prof/sync 0"},
+        {"record first", Record(kTEXT, kttxt, 0), Stream(kprof, ksync), {}, false, "TEXT/ttxt 0"},
+        {"stream next", {}, Stream(kprof, ksync), Fi(kTEXT, kttxt, 0), true, "prof/sync 0"},
+        {"apple next", {}, {}, Fi(kTEXT, kttxt, 0), true, "TEXT/ttxt 0"},
+        {"rejected record", rejected, Stream(kprof, ksync), {}, false, "prof/sync 0"},
+        {"record too long", Blob(403, 0), {}, {}, true, "prof/sync 0"},
     };
     for (const Case& c : cases) {
         std::string name = c.what, path = t / name;
-        Touch(path);
+        RzPutFile(path);
         if (!c.record.empty()) SetAttr(path, kMetadata, c.record);
         if (!c.stream.empty()) SetAttr(path, kStream, c.stream);
         if (!c.apple.empty()) SetAttr(path, kApple, c.apple);
-        if (c.sidecar) Put(t / ("._" + name), Sidecar(kprof, ksync));
-        Info i = Read(path);
-        EXPECT_EQ(i.err, noErr) << c.what;
-        EXPECT_EQ(i.type, c.type) << c.what;
-        EXPECT_EQ(i.creator, c.creator) << c.what;
-        EXPECT_EQ(i.flags, c.flags) << c.what;
+        if (c.sidecar) RzPutFile(t / ("._" + name), Sidecar(kprof, ksync));
+        EXPECT_EQ(Read(path), c.read) << c.what;
     }
     mkdir((t / "folder").c_str(), 0755);
     SetAttr(t / "folder", kMetadata, Record(0, 0, 0x4000));
-    EXPECT_TRUE(Read(t / "folder").isDirectory);
-    EXPECT_EQ(Read(t / "folder").flags, 0x4000);
-    EXPECT_EQ(Read(t / "missing").err, fnfErr);
+    EXPECT_EQ(Read(t / "folder"), "dir 0/0 4000");
+    EXPECT_EQ(Read(t / "missing"), "error -43");
 }
 
 TEST(RzFileOS, WritingFinderInfo) {
     RzTempDir t;
     std::string f = t / "f.txt";
-    Touch(f);
+    RzPutFile(f);
     EXPECT_EQ(RzOSWriteFinderInfo(f.c_str(), 0, 0), noErr);  // nothing to record
     EXPECT_EQ(RzOSChangeFinderFlags(f.c_str(), false, kIsInvisible), noErr);
     EXPECT_TRUE(Attr(f, kMetadata).empty());
@@ -318,7 +276,7 @@ TEST(RzFileOS, WritingFinderInfo) {
     memcpy(&used[154], "hello", 5);
     for (size_t k = 374; k < 402; ++k) used[k] = static_cast<unsigned char>(k);
     used[373] = 0x20;  // write inhibit
-    Touch(t / "g");
+    RzPutFile(t / "g");
     SetAttr(t / "g", kMetadata, used);
     EXPECT_EQ(RzOSWriteFinderInfo((t / "g").c_str(), kTEXT, 0), noErr);
     EXPECT_EQ(RzOSChangeFinderFlags((t / "g").c_str(), true, kIsInvisible), noErr);
@@ -329,14 +287,14 @@ TEST(RzFileOS, WritingFinderInfo) {
 
     // A record the servers would delete is replaced; the other copies follow
     // the change, and none is made where there was none.
-    Touch(t / "h");
+    RzPutFile(t / "h");
     ASSERT_EQ(utimensat(AT_FDCWD, (t / "h").c_str(), times, 0), 0);
     Blob rejected = Record(kprof, ksync, 0);
     rejected[7] = 2;
     SetAttr(t / "h", kMetadata, rejected);
     SetAttr(t / "h", kStream, Stream(kprof, ksync));
     SetAttr(t / "h", kApple, Fi(kprof, ksync, 0));
-    Put(t / "._h", Sidecar(kprof, ksync));
+    RzPutFile(t / "._h", Sidecar(kprof, ksync));
     EXPECT_EQ(RzOSWriteFinderInfo((t / "h").c_str(), kTEXT, 0), noErr);
     EXPECT_EQ(Attr(t / "h", kMetadata), Record(kTEXT, ksync, 0));
     EXPECT_EQ(RzGetBE32(&Attr(t / "h", kStream)[16]), kTEXT);
@@ -352,20 +310,18 @@ TEST(RzFileOS, FileSystemWithoutUserAttributes) {
     NoXattrMount m;
     if (!m.mounted) GTEST_SKIP() << m.reason;
     std::string f = m.point + "/f";
-    Touch(f);
+    RzPutFile(f);
     ASSERT_EQ(setxattr(f.c_str(), kMetadata, "x", 1, 0), -1);
     ASSERT_EQ(errno, ENOTSUP);
-    Info i = Read(f);
-    EXPECT_EQ(i.err, noErr);
-    EXPECT_EQ(i.type | i.creator | i.flags, 0u);
+    EXPECT_EQ(Read(f), "0/0 0");
     EXPECT_EQ(RzOSWriteFinderInfo(f.c_str(), kTEXT, kttxt), wrgVolTypErr);
     EXPECT_EQ(RzOSChangeFinderFlags(f.c_str(), true, kIsInvisible), wrgVolTypErr);
     EXPECT_EQ(RzOSChangeFinderFlags(f.c_str(), false, kIsInvisible), noErr);  // already so
     EXPECT_NE(access((m.point + "/._f").c_str(), F_OK), 0);
 
     // A "._" file a Mac left there is read and kept up to date.
-    Put(m.point + "/._f", Sidecar(kprof, ksync));
-    EXPECT_EQ(Read(f).type, kprof);
+    RzPutFile(m.point + "/._f", Sidecar(kprof, ksync));
+    EXPECT_EQ(Read(f), "prof/sync 0");
     EXPECT_EQ(RzOSWriteFinderInfo(f.c_str(), kTEXT, 0), noErr);
     EXPECT_EQ(SidecarType(m.point + "/._f"), kTEXT);
 }
@@ -393,21 +349,15 @@ TEST(RzFileOS, WellKnownFolders) {
         EXPECT_EQ(PathOf(v, id), c.path);
     }
     EXPECT_EQ(RzOSFindFolder(kRzOnSystemDisk, 0x78787878, true, v, id), fnfErr);
-
-    Touch(t / ".config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"$HOME/Papers\"\n");
-    EXPECT_EQ(RzOSKnownFolderPath(kRzDocumentsFolderType).c_str(), t / "Papers");
-    env.Set("XDG_DATA_HOME", (t / "data").c_str());
-    EXPECT_STREQ(RzOSColorSyncFolderPath(kRzLocalDomain).c_str(), "/usr/share/color/icc");
-    ASSERT_EQ(RzOSColorSyncFolder(kRzUserDomain, true, v, id), noErr);
-    EXPECT_EQ(PathOf(v, id), t / "data/icc");
     EXPECT_EQ(RzOSColorSyncFolder(kRzNetworkDomain, true, v, id), fnfErr);
 
+    RzPutFile(t / ".config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"$HOME/Papers\"\n");
+    EXPECT_EQ(RzOSKnownFolderPath(kRzDocumentsFolderType).c_str(), t / "Papers");
     struct Text {
         const char* text;
         const char* folder;
     } texts[] = {
         {"# c\n  XDG_DOCUMENTS_DIR = \"/srv/docs/\"\n", "/srv/docs"},
-        {"XDG_DOCUMENTS_DIR=\"$HOME\"", "/h"},
         {"XDG_DOCUMENTS_DIR=\"$HOME/My \\\"Docs\\\"\"", "/h/My \"Docs\""},
         {"XDG_DOCUMENTS_DIR=\"/a\"\nXDG_DOCUMENTS_DIR=\"/b\"", "/b"},
         {"XDG_DOCUMENTS_DIR=\"relative/x\"\nXDG_DOCUMENTS_DIR=\"$HOMEx\"", ""},
@@ -435,7 +385,6 @@ TEST(RzFileOS, FolderNamesFromMacChineseTrad) {
         OSErr err;
         const char* utf8;
     } cases[] = {
-        {"\x0bProfiles 01", noErr, "Profiles 01"},
         {"\x05\xA4\xA4\xA5\x5C"
          "a",
          noErr,
@@ -447,9 +396,6 @@ TEST(RzFileOS, FolderNamesFromMacChineseTrad) {
         {"\x02\xA3\xC0", kTextUndefinedElementErr, nullptr},
         {"\x00", bdNamErr, nullptr},
         {"\x02..", bdNamErr, nullptr},
-        {"\x03"
-         "a/b",
-         bdNamErr, nullptr},
         {"\x03"
          "a\0b",
          bdNamErr, nullptr},
@@ -464,7 +410,8 @@ TEST(RzFileOS, FolderNamesFromMacChineseTrad) {
             EXPECT_TRUE(stat((t / c.utf8).c_str(), &st) == 0 && S_ISDIR(st.st_mode));
         }
     }
-    EXPECT_EQ(RzOSCreateDirectory(parent, P("\x0bProfiles 01")), dupFNErr);
+    EXPECT_EQ(RzOSCreateDirectory(parent, P("\x01q")), noErr);
+    EXPECT_EQ(RzOSCreateDirectory(parent, P("\x01q")), dupFNErr);
     parent.path = (t / "none").c_str();
     EXPECT_EQ(RzOSCreateDirectory(parent, P("\x01x")), fnfErr);
 }
@@ -478,23 +425,9 @@ TEST(RzFileOS, WorkingDirectory) {
         {"/opt/T.app/Contents/MacOS/t", 0, "/opt"},
         {"/opt/T.app/Contents/MacOS/t", 1, "/opt/T.app/Contents/MacOS"},
         {"/T.app/Contents/MacOS/t", 0, "/"},
-        {"/opt/T/Contents/MacOS/t", 0, "/opt/T/Contents/MacOS"},
         {"/opt/.app/Contents/MacOS/t", 0, "/opt/.app/Contents/MacOS"},
-        {"/usr/bin/t", 0, "/usr/bin"},
         {"t", 0, ""},
     };
     for (const Case& c : cases)
         EXPECT_STREQ(RzOSWorkingDirFor(c.exe, c.beside).c_str(), c.folder) << c.exe << c.beside;
-
-    char cwd[PATH_MAX], exe[PATH_MAX], now[PATH_MAX];
-    ssize_t n = readlink("/proc/self/exe", exe, sizeof exe - 1);
-    ASSERT_TRUE(n > 0 && getcwd(cwd, sizeof cwd));
-    exe[n] = 0;
-    *strrchr(exe, '/') = 0;
-    int result = RzOSSetWorkingDir(1);
-    bool got = getcwd(now, sizeof now) != nullptr;
-    ASSERT_EQ(chdir(cwd), 0);
-    EXPECT_EQ(result, 0);
-    EXPECT_TRUE(got);
-    EXPECT_STREQ(now, exe);
 }

@@ -1,27 +1,17 @@
 #include <Rz/RzCore/RzString.h>
 
-#include <stddef.h>
+#include <string.h>
 
 #include <random>
 #include <string>
+#include <utility>
 
+#include "support/RzContainerTestSupport.h"
 #include "support/RzTestSupport.h"
 
 namespace {
 
-const RzStringData* DataOf(const RzString& s) {
-    return reinterpret_cast<const RzStringData*>(s.c_str() - offsetof(RzStringData, chars));
-}
-
-// Everything a reader can see: bytes up to the length, length, binary flag,
-// capacity (operator[] is bounded by it), and nullness.
-std::string State(const RzString& s) {
-    static const char* const nullText = RzString().c_str();
-    if (s.c_str() == nullText) return "null";
-    const int32_t n = s.length();
-    return Bytes(s.c_str(), static_cast<size_t>(n < 0 ? 0 : n)) + "|" + std::to_string(n) +
-           (DataOf(s)->isBinary ? "|bin|" : "|txt|") + std::to_string(DataOf(s)->capacity);
-}
+const auto State = StringState;
 
 RzString Bin(const char* p, size_t n) {
     return RzString(p, static_cast<int32_t>(n), true);
@@ -81,18 +71,17 @@ std::string RandomBytes(std::mt19937& rng, const char* alphabet, int maxLength) 
 }  // namespace
 
 TEST(RzStringEdit, Find) {
+    // Only A-Z fold. A `what` holding a zero byte compares through that byte
+    // only, but candidates still end at length - length(what).
     struct Case {
         RzString text, what;
         int32_t from;
         bool ignoreCase;
         int32_t forward, backward;
-        // Only A-Z fold. A `what` holding a zero byte compares through that byte
-        // only, but candidates still end at length - length(what).
     } cases[] = {{"abcde", "", 3, false, 3, 5},
                  {"ab", "", 3, false, -1, 2},
                  {"abc", "B", 0, true, 1, 1},
                  {"abc", "B", 0, false, -1, -1},
-                 {"abab", "ab", 0, false, 0, 2},
                  {"abab", "ab", -4, false, 0, 2},
                  {"aXbAxB", "axb", 1, true, 3, 3},
                  {"\xE9\xC9", "\xC9", 0, true, 1, 1},
@@ -108,32 +97,13 @@ TEST(RzStringEdit, Find) {
     EXPECT_EQ(path.find('/', 1), 4);
     EXPECT_EQ(path.find('/', 15), -1);
     EXPECT_EQ(path.findreverse('/'), 10);
-    EXPECT_EQ(path.findreverse('x'), -1);
     EXPECT_EQ(path.containsChar("kl"), 5);
     EXPECT_EQ(path.containsChar(""), -1);
     EXPECT_TRUE(RzString::IsWhiteSpace('\0', RzString()) && RzString::IsWhiteSpace('\r', ""));
     EXPECT_FALSE(RzString::IsWhiteSpace(' ', ",") || RzString::IsWhiteSpace('\0', ","));
 }
 
-TEST(RzStringEdit, FindMatchesPlainComparisonOnRandomText) {
-    std::mt19937 rng(7);
-    for (int round = 0; round < 500; ++round) {
-        const std::string text = RandomBytes(rng, "aAbB", 40), what = RandomBytes(rng, "abAB", 4);
-        const RzString t = Bin(text.data(), text.size()), w = Bin(what.data(), what.size());
-        const int32_t n = t.length(), m = w.length();
-        for (bool ignoreCase : {false, true}) {
-            int32_t first = -1, last = -1;
-            for (int32_t p = 0; p <= n - m && m > 0; ++p) {
-                const int r = ignoreCase ? Rzstrincmp(t.c_str() + p, w.c_str(), m)
-                                         : strncmp(t.c_str() + p, w.c_str(), m);
-                if (r == 0 && first < 0) first = p;
-                if (r == 0) last = p;
-            }
-            if (m == 0) continue;
-            ASSERT_EQ(t.find(w, 0, ignoreCase), first) << round;
-            ASSERT_EQ(t.findreverse(w, ignoreCase), last) << round;
-        }
-    }
+TEST(RzStringEdit, FindInLongTexts) {
     // Long texts: case-insensitive search goes a window at a time (a match
     // may straddle two), and a search whose rare byte hits everywhere falls
     // back to another method part way.
@@ -143,7 +113,6 @@ TEST(RzStringEdit, FindMatchesPlainComparisonOnRandomText) {
         const RzString t(text.c_str());
         EXPECT_EQ(t.find("aBc", 0, true), at);
         EXPECT_EQ(t.find("aBc", at + 1, true), -1);
-        EXPECT_EQ(t.find("AbC", 0, false), at);
         const RzString b(
             std::string(200000, 'b').replace(static_cast<size_t>(at), 2, "ee").c_str());
         EXPECT_EQ(b.find("eeb", 0, false), at);
@@ -174,15 +143,12 @@ TEST(RzStringEdit, InPlaceRewriting) {
         {"Hello \xE4z9", [](RzString& s) { s.HiCase(); }, "HELLO \xE4Z9"},
         {"1.500", [](RzString& s) { s.StripTrailingZeros(); }, "1.5"},
         {".", [](RzString& s) { s.StripTrailingZeros(); }, "0"},
-        {".00", [](RzString& s) { s.StripTrailingZeros(); }, "0"},
         {"100", [](RzString& s) { s.StripTrailingZeros(); }, "100"},
         {"100.0", [](RzString& s) { s.StripTrailingZeros(); }, "100"},
-        {"1.05", [](RzString& s) { s.StripTrailingZeros(); }, "1.05"},
         {"a\r\nb\rc\n", [](RzString& s) { s.AdjustLineFeed("\n"); }, "a\nb\nc\n"},
         {"a\nb\n\r", [](RzString& s) { s.AdjustLineFeed("\r\n"); }, "a\r\nb\r\n\r\n"},
         {" x ", [](RzString& s) { s.Strip(" \t", true, false); }, "x"},
         {" \t ", [](RzString& s) { s.Strip(" \t"); }, ""},
-        {" x ", [](RzString& s) { s.Strip(""); }, " x "},
     };
     for (const Case& c : cases) {
         RzString s(c.before);
@@ -198,32 +164,21 @@ TEST(RzStringEdit, InPlaceRewriting) {
     bin.LoCase();
     bin.Reverse();
     EXPECT_EQ(State(bin), Bytes("b\0a|3|bin|3", 11));
-    // Line ends are rewritten by appends into a buffer of the old length.
-    RzString lines("a\rb\rc");
+    RzString lines("a\rb\rc");  // appended into a buffer of the old length
     lines.AdjustLineFeed("\r\n");
     EXPECT_EQ(State(lines), "a\r\nb\r\nc|7|txt|10");
 }
 
 TEST(RzStringEdit, GlobalReplace) {
-    struct Case {
-        const char *text, *search, *with, *after;
-        int count;
-    } cases[] = {{"banana", "a", "aa", "baanaanaa", 3},
-                 {"banana", "an", "", "ba", 2},
-                 {"aaaa", "aa", "b", "bb", 2},
-                 {"abc", "", "y", "abc", 0},
-                 {"abc", "abc", "", "", 1}};
-    for (const Case& c : cases) {
-        RzString s(c.text);
-        EXPECT_EQ(Replace(c.search, c.with, s), c.count) << c.text;
-        EXPECT_EQ(s, c.after) << c.text;
-    }
-    RzString self("ab");
+    RzString s("banana"), self("ab");
+    EXPECT_EQ(Replace("a", "aa", s), 3);
+    EXPECT_EQ(s, "baanaanaa");
+    EXPECT_EQ(Replace("", "y", s), 0);
     EXPECT_EQ(Replace(self, "x", self), 1);
     EXPECT_EQ(self, "x");
-}
 
-TEST(RzStringEdit, GlobalReplaceEqualsRebuildingLoop) {
+    // Against the rebuilding loop, zero bytes in target, search and
+    // replacement included.
     std::mt19937 rng(11);
     for (int round = 0; round < 3000; ++round) {
         SCOPED_TRACE(round);
@@ -245,47 +200,25 @@ TEST(RzStringEdit, GlobalReplaceEqualsRebuildingLoop) {
 }
 
 TEST(RzStringEdit, Words) {
-    RzString text("  foo bar");
-    int32_t pos = 0;
-    EXPECT_EQ(text.ReadString(pos, false, ""), "foo");
-    EXPECT_EQ(pos, 6);
-    EXPECT_EQ(text.ReadString(pos, false, ""), "bar");
-    EXPECT_EQ(State(text.ReadString(pos, false, "")), "null");
-
-    const RzString quoted("\"say \\\"hi\\\" now\" next");
-    pos = 0;
-    const RzString phrase = quoted.ReadString(pos, true, " ");
-    EXPECT_EQ(phrase, "\"say \\\"hi\\\" now\"");
-    EXPECT_EQ(pos, 16);
-    EXPECT_EQ(phrase.UnQuoteString(), "say \"hi\" now");
-    pos = 0;
-    EXPECT_EQ(quoted.ReadString(pos, false, " "), "\"say");
-
+    // Reading single words is checked against its definition below.
+    const RzString quoted("  \"say \\\"hi\\\" now\" next");
     EXPECT_EQ(quoted.CountWords(true, " "), 2);
     EXPECT_EQ(quoted.CountWords(false, " "), 4);
+    EXPECT_EQ(RzString("a,b;c").CountWords(false, ",;"), 3);
     EXPECT_EQ(quoted.ReadWord(1, true, " "), "next");
     EXPECT_EQ(State(quoted.ReadWord(2, true, " ")), "null");
-    EXPECT_EQ(RzString("a,b;c").CountWords(false, ",;"), 3);
-
     RzArray<RzString> words;
     quoted.ReadStrings(words, " ");
     EXPECT_EQ(Join(words), "\"say \\\"hi\\\" now\"|next|");  // stored with quotes
-
-    struct SplitCase {
-        const char *text, *pieces;
-    } splits[] = {{"a,,b,", "a||b|"}, {",a", "|a|"}, {"", ""}, {"abc", "abc|"}};
-    for (const SplitCase& c : splits) {
-        RzString(c.text).Split(words, ',');
-        EXPECT_EQ(Join(words), c.pieces) << c.text;
+    for (auto c : {std::make_pair("a,,b,", "a||b|"), std::make_pair(",a", "|a|"),
+                   std::make_pair("", ""), std::make_pair("abc", "abc|")}) {
+        RzString(c.first).Split(words, ',');
+        EXPECT_EQ(Join(words), c.second) << c.first;
     }
-
-    RzArray<RzString> list;
-    RzString("x y,z").Split(list, ',');
+    RzString("x y,z").Split(words, ',');
     RzString merged("old");
-    merged.MergeStrings(list, " ");
+    merged.MergeStrings(words, " ");
     EXPECT_EQ(merged, "x y z");  // not quoted: three words come back
-    merged.ReadStrings(words, " ");
-    EXPECT_EQ(Join(words), "x|y|z|");
 }
 
 TEST(RzStringEdit, ReadStringEqualsAppendingLoop) {

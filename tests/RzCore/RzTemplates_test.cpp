@@ -20,8 +20,7 @@ struct Counted {
         *log += "-" + name;
         --count;
     }
-    std::string name;
-    std::string* log;
+    std::string name, *log;
     int count = 1;
 };
 
@@ -66,10 +65,8 @@ TEST(RzSmartPtr, ReleasingAnObjectWithoutReferencesRaisesPtrInvalid) {
             RzSmartPtr<Counted> p(&dead);
             dead.count = count;
         });
-        EXPECT_EQ(e.GetErr(), 20u);
-        EXPECT_STREQ(e.GetErrName(), "RzPtrInvalid");
-        EXPECT_STREQ(e.GetFileName(), "RzTemplates");
-        EXPECT_EQ(e.GetLine(), 206);
+        EXPECT_EQ(std::string(e.what()) + " " + e.GetFileName() + " " + std::to_string(e.GetLine()),
+                  "Error=20 (RzPtrInvalid) RzTemplates 206");
         EXPECT_EQ(log, "+d");  // no Delete
     }
 }

@@ -1,5 +1,6 @@
 #include <Rz/RzData/RzList.h>
 
+#include <string>
 #include <vector>
 
 #include "support/RzContainerTestSupport.h"
@@ -7,10 +8,12 @@
 
 namespace {
 
-std::vector<int> Values(const RzList<int>& list) {
-    std::vector<int> v;
-    for (int i = 0; i < list.count; ++i) v.push_back(list[i]);
-    return v;
+// "head tail capacity: elements".
+std::string Layout(const RzList<int>& list) {
+    std::string s = std::to_string(list.head) + " " + std::to_string(list.tail) + " " +
+                    std::to_string(list.storage.count) + ":";
+    for (int i = 0; i < list.count; ++i) s += " " + std::to_string(list[i]);
+    return s;
 }
 
 }  // namespace
@@ -31,40 +34,37 @@ TEST(RzList, RingLayoutGrowthAndResizing) {
         EXPECT_EQ(capacities, std::vector<int>({10, 21, 43, 87}));
         EXPECT_TRUE(list[0] == 0 && list[43] == 0 && list[front ? 1 : 42] == 42);
     }
-    RzList<int> list;
+    RzList<int> list, assigned, one;
     list.AddFront(1);  // the last slot
     list.AddBack(2);   // wraps to slot 0
-    EXPECT_TRUE(list.head == 9 && list.tail == 0 && list.storage[9] == 1 && list.storage[0] == 2);
-    RzList<int> copy(list);  // the layout is kept
-    EXPECT_TRUE(copy.head == 9 && copy.tail == 0 && Values(copy) == Values(list));
-    RzList<int> assigned;
-    assigned = list;  // linearised
-    EXPECT_TRUE(assigned.head == 0 && assigned.tail == 1 && Values(assigned) == Values(list));
+    EXPECT_EQ(Layout(list), "9 0 10: 1 2");
+    EXPECT_EQ(Layout(RzList<int>(list)), "9 0 10: 1 2");  // a copy keeps the layout
+    assigned = list;                                      // linearised
+    EXPECT_EQ(Layout(assigned), "0 1 10: 1 2");
     list.Remove(1);
     list.Remove(0);
-    EXPECT_TRUE(list.count == 0 && list.head == 9 && list.tail == 8);
+    EXPECT_EQ(Layout(list), "9 8 10:");
     list.AddBack(6);  // element 0 stays at the head slot
-    EXPECT_TRUE(list.storage[9] == 6 && list[0] == 6);
-    RzList<int> one;
+    EXPECT_EQ(list.storage[9], 6);
     one.AddBack(5);
     one.Remove(0);
-    EXPECT_TRUE(one.count == 0 && one.tail == 9);  // wrapped back
+    EXPECT_EQ(Layout(one), "0 9 10:");  // wrapped back
     one.AddBack(6);
     EXPECT_EQ(one.storage[0], 6);
 
     list = one;
     for (int i = 0; i < 11; ++i) list.AddBack(i);
-    for (int i = 0; i < 7; ++i) list.Remove(0);  // five left in a ring of 21
+    for (int i = 0; i < 7; ++i) list.Remove(0);
     struct Case {
-        int n, capacity;
-        std::vector<int> values;
-    } cases[] = {{5, 21, {6, 7, 8, 9, 10}},  // the element count: no effect
-                 {8, 8, {6, 7, 8, 9, 10}},
-                 {3, 3, {6, 7, 8}},
-                 {3, 3, {6, 7, 8}}};  // a full list cannot be resized to its size
+        int n;
+        const char* layout;
+    } cases[] = {{5, "0 4 21: 6 7 8 9 10"},  // the element count: no effect
+                 {8, "0 4 8: 6 7 8 9 10"},
+                 {3, "0 2 3: 6 7 8"},
+                 {3, "0 2 3: 6 7 8"}};  // a full list cannot be resized to its size
     for (const Case& c : cases) {
         list.ReSize(c.n);
-        EXPECT_TRUE(list.storage.count == c.capacity && Values(list) == c.values) << c.n;
+        EXPECT_EQ(Layout(list), c.layout) << c.n;
     }
 }
 
@@ -119,5 +119,5 @@ TEST(RzList, IndexOutsideTheElementsRaisesIndexError) {
         EXPECT_RZ_ERROR((void)constant[i], 7, "RzIndexError");
         EXPECT_RZ_ERROR(list.Remove(i), 7, "RzIndexError");
     }
-    EXPECT_TRUE(list.count == 1 && list[0] == 1);
+    EXPECT_EQ(Layout(list), "0 0 10: 1");
 }

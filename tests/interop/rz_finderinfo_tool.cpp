@@ -1,21 +1,11 @@
-// Stamps and reads Finder information through the framework's file layer, for
-// the interoperability check with a real SMB server (finderinfo_samba.sh).
-//
-//   rz_finderinfo_tool write PATH [CREATOR]   creates or truncates PATH with
-//                                             RzMacOpenFile, which stamps the
-//                                             type of its extension and the
-//                                             creator (given, or the type's own)
-//   rz_finderinfo_tool update PATH [CREATOR]  the same, opened for reading and
-//                                             writing: contents kept
-//   rz_finderinfo_tool hide PATH | show PATH  RzMacSetVisible
-//   rz_finderinfo_tool read PATH              prints "type=TEXT creator=ttxt flags=0x4000"
-//
-// "read" takes type and creator from RzMacReadCreatorType (so a known
-// extension wins over the stored type); the framework has no public call for
-// the Finder flags, so those come from the file seam.
-//
-// Exits 0 on success, 1 with the result code or error on standard error
-// otherwise, 2 on a usage error.
+// Stamps and reads Finder information through the framework's file layer,
+// for the interoperability check with a real SMB server (finderinfo_samba.sh):
+// "write"/"update" open PATH with RzMacOpenFile for writing or for reading and
+// writing (stamping the extension's type and CREATOR or the type's own
+// creator), "hide"/"show" call RzMacSetVisible, and "read" prints
+// "type=TEXT creator=ttxt flags=0x4000" (type and creator as
+// RzMacReadCreatorType gives them, the flags from the file seam). Exits 0 on
+// success, 1 on a failure, 2 on a usage error.
 #include <stdio.h>
 #include <string.h>
 

@@ -1,89 +1,64 @@
-// Helpers shared by the database tests and fuzz targets: a plain tree, the
-// reader transcribed literally onto it, conversion and comparison.
+// Helpers shared by the database tests and fuzz targets: a database's
+// entries as canonical text, and the reader transcribed literally.
 #ifndef RZ_TESTS_SUPPORT_DATABASESUPPORT_H
 #define RZ_TESTS_SUPPORT_DATABASESUPPORT_H
 
 #include <stdint.h>
 
-#include <memory>
 #include <string>
-#include <vector>
 
 #include <Rz/RzCore/RzError.h>
 #include <Rz/RzData/RzDataBase.h>
 
 namespace rztest {
 
-struct Node {
-    struct Entry {
-        std::string key, value;
-        std::unique_ptr<Node> sub;
-    };
-    std::vector<Entry> entries;
-};
-
-// Keys and values as their C text (what the database compares), which is
-// how two trees are compared.
-inline std::string Text(const RzString& s) {
-    return std::string(s.c_str());
+// Keys and values are compared as their C text, as the database compares
+// them; lengths make any bytes unambiguous.
+inline std::string Entry(const RzString& key, const RzString& value) {
+    const std::string k = key.c_str(), v = value.c_str();
+    return std::to_string(k.size()) + ":" + k + "=" + std::to_string(v.size()) + ":" + v + ";";
 }
 
-// The reader exactly as the text format defines it: recursive, built on the
-// public GetNextChar and RzDBData::SetString, filling a plain tree.
-inline void ReferenceString2DB(Node& node, const RzString& text, int32_t& pos) {
-    for (;;) {
+// Keys, values, order and nesting: a sub-database follows its entry in braces.
+inline std::string Dump(const RzDataBase& db) {
+    std::string out;
+    for (int i = 0; i < db.GetCount(); ++i) {
+        out += Entry(db.GetIndexedName(i), db.GetIndexedValue(i));
+        if (const RzDataBase* sub = db.GetIndexedDB(i)) out += "{" + Dump(*sub) + "}";
+    }
+    return out;
+}
+
+// The reader exactly as the text format defines it, recursive, built on the
+// public GetNextChar and RzDBData::SetString; appends the Dump of what it
+// reads to `out` and throws as the reader does.
+inline void ReferenceString2DB(std::string& out, const RzString& text, int32_t& pos) {
+    for (size_t last = std::string::npos;;) {  // where the last entry's sub-database goes
         const char c = RzDataBase::GetNextChar(text, pos);
         if (c == 0 || c == '}') return;
         if (c == '{') {
-            std::unique_ptr<Node> sub(new Node);
-            ReferenceString2DB(*sub, text, pos);
-            if (node.entries.empty()) throw RzError(kRzIndexError, "RzIndexError", "RzList", 0);
-            node.entries.back().sub = std::move(sub);
+            std::string sub;
+            ReferenceString2DB(sub, text, pos);
+            if (last == std::string::npos)
+                throw RzError(kRzIndexError, "RzIndexError", "RzList", 0);
+            out.resize(last);  // a later block replaces an earlier one
+            out += "{" + sub + "}";
             continue;
         }
         if (c != '<') --pos;
         RzDBData entry;
         entry.SetString(text, pos);
-        node.entries.push_back(Node::Entry{Text(entry.GetKey()), Text(entry.GetVal()), nullptr});
+        out += Entry(entry.GetKey(), entry.GetVal());
+        last = out.size();
         if (c == '<' && RzDataBase::GetNextChar(text, pos) != '>')
             throw RzError(kRzFormatErr, "RzFormatErr", "RzDataBase", 616);
     }
 }
 
-inline void ReferenceRead(Node& node, const RzString& text) {
+inline void ReferenceRead(std::string& out, const RzString& text) {
     int32_t pos = 0;
     if (RzDataBase::GetNextChar(text, pos) != '{') pos = 0;
-    ReferenceString2DB(node, text, pos);
-}
-
-inline void ToNode(const RzDataBase& db, Node& node) {
-    for (int i = 0; i < db.GetCount(); ++i) {
-        node.entries.push_back(
-            Node::Entry{Text(db.GetIndexedName(i)), Text(db.GetIndexedValue(i)), nullptr});
-        if (const RzDataBase* sub = db.GetIndexedDB(i)) {
-            node.entries.back().sub.reset(new Node);
-            ToNode(*sub, *node.entries.back().sub);
-        }
-    }
-}
-
-// Describes the first difference, or returns "" when the trees are equal.
-inline std::string Diff(const Node& a, const Node& b, const std::string& where = "/") {
-    if (a.entries.size() != b.entries.size())
-        return where + ": " + std::to_string(a.entries.size()) + " vs " +
-               std::to_string(b.entries.size()) + " entries";
-    for (size_t i = 0; i < a.entries.size(); ++i) {
-        const Node::Entry &x = a.entries[i], &y = b.entries[i];
-        const std::string at = where + std::to_string(i);
-        if (x.key != y.key) return at + ": key '" + x.key + "' vs '" + y.key + "'";
-        if (x.value != y.value) return at + ": value '" + x.value + "' vs '" + y.value + "'";
-        if (!x.sub != !y.sub) return at + ": sub-database on one side only";
-        if (x.sub) {
-            std::string d = Diff(*x.sub, *y.sub, at + "/");
-            if (!d.empty()) return d;
-        }
-    }
-    return "";
+    ReferenceString2DB(out, text, pos);
 }
 
 // Whether the plain form carries this database: a key that it writes bare

@@ -1,9 +1,11 @@
-// Element types and probes for container tests.
+// Element types for container tests, and probes of string buffers.
 #ifndef RZ_TESTS_SUPPORT_RZCONTAINERTESTSUPPORT_H
 #define RZ_TESTS_SUPPORT_RZCONTAINERTESTSUPPORT_H
 
 #include <stddef.h>
 #include <stdint.h>
+
+#include <string>
 
 #include <Rz/RzCore/RzString.h>
 
@@ -52,10 +54,23 @@ struct MovableTracked : Tracked {
     }
 };
 
+inline const RzStringData* StringData(const RzString& s) {
+    return reinterpret_cast<const RzStringData*>(s.c_str() - offsetof(RzStringData, chars));
+}
+
 // Strings sharing the buffer of a non-null string.
 inline int32_t SharingCount(const RzString& s) {
-    return reinterpret_cast<const RzStringData*>(s.c_str() - offsetof(RzStringData, chars))
-        ->refCount;
+    return StringData(s)->refCount;
+}
+
+// Everything a reader can see of a string: "null", or the bytes up to its
+// length, the length, binary or text, and the capacity (operator[]'s bound).
+inline std::string StringState(const RzString& s) {
+    static const char* const nullText = RzString().c_str();
+    if (s.c_str() == nullText) return "null";
+    const int32_t n = s.length();
+    return std::string(s.c_str(), static_cast<size_t>(n < 0 ? 0 : n)) + "|" + std::to_string(n) +
+           (StringData(s)->isBinary ? "|bin|" : "|txt|") + std::to_string(StringData(s)->capacity);
 }
 
 #endif

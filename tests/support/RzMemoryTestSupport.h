@@ -1,5 +1,5 @@
-// Memory managers and guards for tests that replace the installed memory
-// manager or make the default one fail.
+// A counting memory manager and guards that install a manager or make the
+// default one fail.
 #ifndef RZ_TESTS_SUPPORT_RZMEMORYTESTSUPPORT_H
 #define RZ_TESTS_SUPPORT_RZMEMORYTESTSUPPORT_H
 
@@ -11,9 +11,8 @@
 #include <Rz/RzCore/RzMemory.h>
 #include <Rz/internal/RzMemoryHooks.h>
 
-// A manager that counts its calls and serves blocks from malloc. It returns
-// null from the allocation numbered `failFrom` (0-based) onward, so
-// `CountingMemoryManager(0)` never gives a block.
+// Counts its calls and serves blocks from malloc, or null from allocation
+// number `failFrom` (0-based) on.
 class CountingMemoryManager : public RzMemoryManager {
 public:
     explicit CountingMemoryManager(int32_t failFrom = INT32_MAX) : failFrom(failFrom) {}
@@ -36,8 +35,7 @@ public:
     uint32_t lastSize = 0;
 };
 
-// Installs a manager (null: the default) for the guard's lifetime, then puts
-// back whatever was installed before.
+// Installs a manager (null: the default) for the guard's lifetime.
 class MemoryManagerGuard {
 public:
     explicit MemoryManagerGuard(RzMemoryManager* mgr) : saved(RzGetMemoryManager()) {
@@ -49,8 +47,7 @@ private:
     RzMemoryManager* saved;
 };
 
-// Makes the default manager's operator new throw `Exception` for the guard's
-// lifetime.
+// Makes the default manager's operator new throw `Exception` meanwhile.
 template <class Exception = std::bad_alloc>
 class FailingOperatorNewGuard {
 public:

@@ -1,6 +1,6 @@
-// A fresh temporary folder for tests that touch the disk, removed with
-// everything in it when the test ends, a mount without user extended
-// attributes, and an environment guard.
+// A fresh temporary folder for tests that touch the disk (removed with
+// everything in it), a mount without user extended attributes, a file writer
+// and an environment guard.
 #ifndef RZ_TESTS_SUPPORT_RZTEMPDIR_H
 #define RZ_TESTS_SUPPORT_RZTEMPDIR_H
 
@@ -25,11 +25,9 @@ public:
         const char* base = getenv("TMPDIR");
         std::string pattern =
             std::string(base && base[0] == '/' ? base : "/tmp") + "/rz-test-XXXXXX";
-        std::vector<char> buffer(pattern.begin(), pattern.end());
-        buffer.push_back(0);
-        if (mkdtemp(buffer.data())) {
-            char* resolved = realpath(buffer.data(), nullptr);
-            root = resolved ? resolved : buffer.data();
+        if (mkdtemp(&pattern[0])) {
+            char* resolved = realpath(pattern.c_str(), nullptr);
+            root = resolved ? resolved : pattern;
             free(resolved);
         }
     }
@@ -51,6 +49,13 @@ public:
 private:
     std::string root;
 };
+
+// Creates or truncates the file at `path` and writes `bytes` to it.
+inline bool RzPutFile(const std::string& path, const std::string& bytes = "x") {
+    FILE* f = fopen(path.c_str(), "wb");
+    const bool written = f && fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
+    return f && fclose(f) == 0 && written;
+}
 
 // A ramfs mounted in a fresh temporary folder: a file system without user
 // extended attributes. Mounting needs root; `reason` says why it failed.
@@ -75,25 +80,18 @@ inline std::string FileText(const std::string& path) {
     return out.str();
 }
 
-// Sets environment variables for one test and puts the old values back.
+// Sets environment variables (null: unsets) and puts the old values back.
 class RzEnvGuard {
 public:
     ~RzEnvGuard() {
-        for (auto it = saved.rbegin(); it != saved.rend(); ++it) {
-            if (it->second.first)
-                setenv(it->first.c_str(), it->second.second.c_str(), 1);
-            else
-                unsetenv(it->first.c_str());
-        }
+        for (auto it = saved.rbegin(); it != saved.rend(); ++it)
+            it->second.first ? setenv(it->first.c_str(), it->second.second.c_str(), 1)
+                             : unsetenv(it->first.c_str());
     }
-    // A null value unsets the variable.
     void Set(const char* name, const char* value) {
         const char* old = getenv(name);
         saved.push_back({name, {old != nullptr, old ? old : ""}});
-        if (value)
-            setenv(name, value, 1);
-        else
-            unsetenv(name);
+        value ? setenv(name, value, 1) : unsetenv(name);
     }
 
 private:
