@@ -48,6 +48,7 @@ RzStringData* AllocateStringData(int64_t capacity, bool isBinary, int64_t room =
     d->isBinary = isBinary;
     d->lengthIsCounted = false;
     d->hasRoom = spare;
+    d->appendable = false;
     d->chars[capacity] = 0;
     if (spare) StoreRoom(d, static_cast<int32_t>(room));
     return d;
@@ -141,8 +142,9 @@ RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n) {
             data->chars[needed] = 0;
             StoreRoom(data, room);
         } else {
-            // Keep twice the room, so that the next steps fit in place.
-            RzStringData* grown = AllocateStringData(needed, data->isBinary, 2 * needed);
+            // Keep room for the next capacity step, so that every other step
+            // is taken in place.
+            RzStringData* grown = AllocateStringData(needed, data->isBinary, needed + needed / 2);
             memcpy(grown->chars, data->chars, static_cast<size_t>(data->length) + 1);
             grown->length = data->length;
             grown->lengthIsCounted = data->lengthIsCounted;
@@ -159,7 +161,10 @@ RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n) {
     if (source && n > 0) memmove(data->chars + data->length, source, static_cast<size_t>(n));
     data->length += n;
     data->chars[data->length] = 0;
-    if (addsZero || !source) data->lengthIsCounted = false;
+    if (addsZero || !source) {
+        data->lengthIsCounted = false;
+        data->appendable = false;
+    }
     return data;
 }
 
@@ -188,7 +193,10 @@ RzString& RzString::operator=(const RzString& other) {
     // Take the new reference before dropping the old one: `other` may live
     // in the buffer that this string releases.
     RzStringData* shared = other.data;
-    if (shared) ++shared->refCount;
+    if (shared) {
+        ++shared->refCount;
+        shared->appendable = false;
+    }
     Release(data);
     data = shared;
     return *this;
@@ -252,6 +260,7 @@ void RzString::SetLength(int n) {
     }
     data->length = n < 0 ? -1 : n;
     data->lengthIsCounted = false;
+    data->appendable = false;
 }
 
 void RzString::WriteAccess() {
@@ -261,6 +270,7 @@ void RzString::WriteAccess() {
         // reference it gets next, so the length must be counted again.
         data->length = -1;
         data->lengthIsCounted = false;
+        data->appendable = false;
     }
 }
 
@@ -306,6 +316,13 @@ RzString& RzString::Append(const char* source, int32_t n) {
         data->length = -1;  // counted again by CatStringData
     }
     data = CatStringData(data, source, n);
+    return *this;
+}
+
+RzString& RzString::AppendChar(char c) {
+    Append(&c, 1);
+    // Sole owner of a counted text: the next characters can go inline.
+    if (data->refCount == 1 && data->lengthIsCounted && !data->isBinary) data->appendable = true;
     return *this;
 }
 

@@ -40,6 +40,11 @@ struct RzStringData {
     // Buffers come from NewStringData and CatStringData only.
     bool lengthIsCounted : 1;
     bool hasRoom : 1;
+    // Set only while this string is the buffer's sole owner and its text is
+    // counted, so that appending one character can be done inline after a
+    // single test. Sharing, writing through Get() or operator[] and anything
+    // that leaves the length uncounted clears it; appending sets it again.
+    bool appendable : 1;
     char chars[1];  // capacity + 1 bytes (more with hasRoom) in the real block
 };
 
@@ -75,7 +80,10 @@ public:
     // A copy of a Pascal string (length byte, then the characters).
     RzString(const unsigned char* pascal);
     RzString(const RzString& other) : data(other.data) {
-        if (data) ++data->refCount;
+        if (data) {
+            ++data->refCount;
+            if (data->appendable) data->appendable = false;  // shared now
+        }
     }
     RzString(RzString&& other) noexcept : data(other.data) { other.data = nullptr; }
     ~RzString() { Release(data); }
@@ -130,14 +138,17 @@ public:
     RzString& operator+=(const char* s);
     RzString& operator+=(const unsigned char* pascal);
     RzString& operator+=(char c) {
+        // The common case inline: a private, counted text with room for one
+        // more byte (see RzStringData::appendable).
         RzStringData* d = data;
-        if (d && d->refCount == 1 && d->length >= 0 && d->length < d->capacity &&
-            (d->isBinary || (d->lengthIsCounted && c != 0))) {
-            d->chars[d->length] = c;
-            d->chars[++d->length] = 0;
+        if (d && d->appendable && c != 0 && d->length < d->capacity) {
+            const int32_t n = d->length;
+            d->chars[n] = c;
+            d->chars[n + 1] = 0;
+            d->length = n + 1;
             return *this;
         }
-        return Append(&c, 1);
+        return AppendChar(c);
     }
     RzString& operator+=(const RzString& s);
 
@@ -273,6 +284,7 @@ private:
     // characters: a counted text keeps its length.
     void MakeWritable();
     RzString& Append(const char* source, int32_t n);
+    RzString& AppendChar(char c);
     // MakeWritable, then for a text make sure the length is counted: the same
     // as WriteAccess followed by length(), without losing a counted length.
     int32_t EditAccess();
