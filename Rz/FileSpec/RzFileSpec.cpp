@@ -280,7 +280,7 @@ void RzFileSpec::AdjustExtension() {
 
 void RzFileSpec::CheckExtension(const RzString& extension) {
     // The corrected profile name is computed and dropped on purpose:
-    // callers have always relied on the specification staying as it is.
+    // callers have always relied on the spec staying as it is.
     RzString name = GetName();
     int32_t n = name.length();
     if (n >= 3 && (name.substr(n - 3) == "icc" || name.substr(n - 3) == "icm")) return;

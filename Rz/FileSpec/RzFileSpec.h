@@ -7,7 +7,7 @@
 // Four-character codes are packed first character in the most significant
 // byte ('TEXT' = 0x54455854) on every host.
 //
-// A specification never touches the disk itself, except SetUniqueName, which
+// A spec never touches the disk itself, except SetUniqueName, which
 // asks RzSystem::FileExists; well-known folders and native names come from
 // the Mac OS file layer (RzMacToolsOSX.h).
 #ifndef RZ_FILESPEC_RZFILESPEC_H
@@ -56,7 +56,7 @@ extern const int32_t RzFileTypeInfoListCount;  // 35
 
 class RzFileSpec {
 public:
-    // The specification of the empty path: both codes 0.
+    // The spec of the empty path: both codes 0.
     RzFileSpec();
     // Stores fullName; a non-empty one derives the type code from its
     // extension (SetFullName).
@@ -127,7 +127,7 @@ public:
     // Makes the name's extension the first one of the type code's type.
     void AdjustExtension();
     // Kept for compatibility: computes a corrected profile name and leaves the
-    // specification unchanged.
+    // spec unchanged.
     void CheckExtension(const RzString& extension);
     // While a file of this name exists, renames to "<path><base>-NNN.<ext>"
     // with NNN counting from 001. A free name is kept.

@@ -1,4 +1,4 @@
-// The Mac OS file layer: file specifications turned into the system's
+// The Mac OS file layer: file specs turned into the system's
 // references and open files. Everything that touches the system goes through
 // the file seam (Rz/internal/RzFileOS.h); this unit holds only the logic the
 // layer has on every system.
@@ -40,7 +40,7 @@ void ClearCodes(RzFileSpec& spec) {
 
 }  // namespace
 
-// --- From a file specification -------------------------------------------------
+// --- From a file spec -------------------------------------------------
 
 int32_t RzFileSpecToFSRef(FSRef& ref, const RzFileSpec& spec) {
     OSErr err = RzOSPathMakeRef(spec.GetFullName().c_str(), ref, nullptr);
@@ -81,7 +81,7 @@ RzString RzMacGetFullPathName(const RzFileSpec& spec) {
     return spec.GetFullName();
 }
 
-// --- To a file specification -----------------------------------------------------
+// --- To a file spec -----------------------------------------------------
 
 void FSRefToRzFileSpec(RzFileSpec& spec, const FSRef& ref) {
     FSRef resolved = ref;
@@ -158,7 +158,7 @@ void RzMacSetPath(RzFileSpec& spec, RzFolderType folder) {
     if (folder == eRzFolderKeep) return;
 
     // Lookup results are not checked: a folder that cannot be had leaves
-    // volume and ID 0, so the specification keeps only its name.
+    // volume and ID 0, so the spec keeps only its name.
     short volume = 0;
     int32_t id = 0;
     switch (folder) {

@@ -1,4 +1,4 @@
-// The Mac OS file layer: the seam between file specifications and the
+// The Mac OS file layer: the seam between file specs and the
 // operating system's file references, folders, Finder information and open
 // files.
 //
@@ -18,16 +18,16 @@
 #include <Rz/RzCore/RzString.h>
 #include <Rz/RzIO/RzStream.h>
 
-// --- From a file specification -------------------------------------------------
+// --- From a file spec -------------------------------------------------
 
 // A reference to the existing item, links resolved; -43 when it is missing.
 int32_t RzFileSpecToFSRef(FSRef& ref, const RzFileSpec& spec);
-// An old-style specification, also for an item that does not exist yet.
+// An old-style FSSpec, also for an item that does not exist yet.
 void RzFileSpecToFSSpec(FSSpec& fsspec, const RzFileSpec& spec);
 // spec.GetFullName().
 RzString RzMacGetFullPathName(const RzFileSpec& spec);
 
-// --- To a file specification -----------------------------------------------------
+// --- To a file spec -----------------------------------------------------
 
 void FSRefToRzFileSpec(RzFileSpec& spec, const FSRef& ref);
 void FSSpecToRzFileSpec(RzFileSpec& spec, const FSSpec& fsspec);
@@ -37,7 +37,7 @@ RzString RzMacGetPosixPath(short volume, int32_t folderID);
 
 // --- Type and creator ------------------------------------------------------------
 
-// Sets the specification's type and creator from the item's Finder
+// Sets the spec's type and creator from the item's Finder
 // information: a known extension wins over the Finder type, the Finder
 // creator always wins (0 for a folder).
 int32_t RzMacFSRefToCreatorType(RzFileSpec& spec, const FSRef& ref);
@@ -45,7 +45,7 @@ int32_t RzMacReadCreatorType(RzFileSpec& spec);
 
 // --- Folders and files -------------------------------------------------------------
 
-// Moves the specification into a well-known folder, keeping its name; a
+// Moves the spec into a well-known folder, keeping its name; a
 // folder that cannot be found or created leaves the name alone. Raises
 // "RzArgErr" (3) for a value outside the enumeration (11 or more).
 void RzMacSetPath(RzFileSpec& spec, RzFolderType folder);

@@ -59,17 +59,17 @@ enum {
 // of the root's parent.
 enum { kRzRootVolume = -100, kRzRootFolderID = 2, kRzRootParentID = 1 };
 
-// The well-known folders a file specification can be placed in
+// The well-known folders a file spec can be placed in
 // (RzFileSpec::SetPath, RzMacSetPath).
 enum RzFolderType {
-    eRzFolderNone = 0,              // no folder: the specification keeps only its name
+    eRzFolderNone = 0,              // no folder: the spec keeps only its name
     eRzFolderProfiles = 1,          // colour profiles: the local folder, else the user's
     eRzFolderLocalProfiles = 2,     // colour profiles of the local domain
     eRzFolderUserProfiles = 3,      // colour profiles of the user
     eRzFolderPreferences = 4,       // preferences
     eRzFolderDocuments = 5,         // the user's documents
     eRzFolderTemporary = 6,         // temporary items
-    eRzFolderKeep = 7,              // the specification is left as it is
+    eRzFolderKeep = 7,              // the spec is left as it is
     eRzFolderAppSupport = 8,        // application support
     eRzFolderAppSupportUser = 9,    // the same as eRzFolderAppSupport
     eRzFolderAppSupportCommon = 10  // the same as eRzFolderAppSupport

@@ -1,7 +1,7 @@
 // File streams.
 //
 // RzFile is the stream over a disk file named by an RzFileSpec. It opens
-// lazily: it is built with a specification and an access mode, and every raw
+// lazily: it is built with a spec and an access mode, and every raw
 // operation first opens the file with that mode (nothing happens when it is
 // already open) before touching it. Files are opened in binary mode by the
 // Mac OS file layer (RzMacOpenFile), which also stamps type and creator codes
@@ -26,7 +26,7 @@
 
 class RzFile : public RzStream {
 public:
-    // The empty specification; not open, access eRzFileNone.
+    // The empty spec; not open, access eRzFileNone.
     RzFile();
     // Stores a copy of spec and the access mode; does not open the file.
     RzFile(const RzFileSpec& spec, eRzFileAccess access);
@@ -54,7 +54,7 @@ public:
     // "RzFile\t" followed by the full name.
     RzString GetName() const override;
 
-    // Replaces the specification; an open file stays open.
+    // Replaces the spec; an open file stays open.
     virtual void SetSpec(const RzFileSpec& spec);
     virtual void GetSpec(RzFileSpec& out) const;
     // Opens the file unless it is already open (then nothing changes, the

@@ -44,7 +44,7 @@ OSErr RzOSRefMakePath(const FSRef& ref, RzString& path);
 // has been moved or deleted since its ID was handed out.
 OSErr RzOSFolderMakeRef(short vRefNum, int32_t dirID, FSRef& ref);
 
-// --- Old-style specifications ------------------------------------------------
+// --- Old-style FSSpec records ------------------------------------------------
 
 // FSMakeFSSpec. `name` (a Pascal string) is either
 // - empty: the folder `dirID` itself;
@@ -61,7 +61,7 @@ OSErr RzOSFolderMakeRef(short vRefNum, int32_t dirID, FSRef& ref);
 // not resolved: a link is named as the link.
 OSErr RzOSMakeFSSpec(short vRefNum, int32_t dirID, const unsigned char* name, FSSpec& spec);
 
-// FSGetCatalogInfo asking for the FSSpec: the specification of an existing
+// FSGetCatalogInfo asking for the FSSpec: the FSSpec of an existing
 // item (its parent folder's ID and its name). The root folder is
 // {kRzRootVolume, kRzRootParentID, ""}. fnfErr when the item is gone.
 OSErr RzOSRefMakeFSSpec(const FSRef& ref, FSSpec& spec);

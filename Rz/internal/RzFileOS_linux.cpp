@@ -517,7 +517,7 @@ OSErr RzOSFolderMakeRef(short vRefNum, int32_t dirID, FSRef& ref) {
     return err;
 }
 
-// --- Old-style specifications ------------------------------------------------
+// --- Old-style FSSpec records ------------------------------------------------
 
 OSErr RzOSMakeFSSpec(short vRefNum, int32_t dirID, const unsigned char* name, FSSpec& spec) {
     std::string text = FromPascal(name);

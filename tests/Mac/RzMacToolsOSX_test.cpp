@@ -22,7 +22,7 @@ RzFileSpec Spec(const std::string& path) {
     return RzFileSpec(RzString(path.c_str()));
 }
 
-// What RzMacReadCreatorType gives a fresh specification: "TYPE/crea", a zero
+// What RzMacReadCreatorType gives a fresh spec: "TYPE/crea", a zero
 // code as "0".
 std::string Codes(const std::string& path) {
     RzFileSpec s = Spec(path);
@@ -34,7 +34,7 @@ std::string Codes(const std::string& path) {
 
 }  // namespace
 
-TEST(RzMacToolsOSX, ReferencesAndSpecifications) {
+TEST(RzMacToolsOSX, ReferencesAndFSSpecs) {
     RzTempDir t;
     mkdir((t / "d").c_str(), 0755);
     RzPutFile(t / "d/f.txt");
