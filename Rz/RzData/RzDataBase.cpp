@@ -2,7 +2,6 @@
 
 #include <string.h>
 
-#include <string>
 #include <vector>
 
 #include <Rz/RzCore/RzError.h>
