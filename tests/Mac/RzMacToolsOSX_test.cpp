@@ -22,8 +22,7 @@ RzFileSpec Spec(const std::string& path) {
     return RzFileSpec(RzString(path.c_str()));
 }
 
-// What RzMacReadCreatorType gives a fresh spec: "TYPE/crea", a zero
-// code as "0".
+// What RzMacReadCreatorType gives a fresh spec: "TYPE/crea", a zero code as "0".
 std::string Codes(const std::string& path) {
     RzFileSpec s = Spec(path);
     int32_t err = RzMacReadCreatorType(s);
@@ -39,11 +38,14 @@ TEST(RzMacToolsOSX, ReferencesAndFSSpecs) {
     mkdir((t / "d").c_str(), 0755);
     RzPutFile(t / "d/f.txt");
     symlink("d/f.txt", (t / "link").c_str());
+    symlink("missing", (t / "dangling").c_str());
     struct Case {
         std::string path;
         int32_t err;
     } cases[] = {
         {t / "link", noErr},
+        {t / "d/../link", noErr},
+        {t / "dangling", fnfErr},
         {t / "d/new:x", fnfErr},           // missing in an existing folder
         {t / "none/new", fnfErr},          // the folder's own lookup fails ...
         {t / "d/f.txt/new", dirNFErr},     // ... as it may
@@ -66,10 +68,8 @@ TEST(RzMacToolsOSX, ReferencesAndFSSpecs) {
         EXPECT_EQ(back.GetFullName().c_str(), exists ? t / "d/f.txt" : path);
         EXPECT_EQ(back.GetTypeID(), exists ? C("TEXT") : 0u) << path;
         EXPECT_EQ(back.GetCreatorID(), 0u) << path;
+        EXPECT_EQ(RzMacGetPosixPath(fsspec.vRefNum, fsspec.parID).c_str(), t / "d/");
     }
-    FSSpec fsspec;
-    RzFileSpecToFSSpec(fsspec, Spec(t / "d/f.txt"));
-    EXPECT_EQ(RzMacGetPosixPath(fsspec.vRefNum, fsspec.parID).c_str(), t / "d/");
     EXPECT_EQ(RzMacGetPosixPath(kRzRootVolume, kRzRootFolderID), "/");
 }
 
@@ -107,67 +107,57 @@ TEST(RzMacToolsOSX, OpeningFiles) {
     EXPECT_EQ(RzMacOpenFile(s, eRzFileNone), nullptr);
     EXPECT_EQ(RzMacOpenFile(s, static_cast<eRzFileAccess>(4)), nullptr);
 
-    // Writing creates or truncates; read/write creates or keeps; all at 0.
+    // Writing creates or truncates; read/write creates or keeps; all at 0 and
+    // stamped: the stored type unless zero, an explicit creator or 'ttxt'.
     RzPutFile(t / "old.txt");
     RzPutFile(t / "kept.txt", "contents");
+    RzPutFile(t / "plain");
+    RzOSWriteFinderInfo((t / "plain").c_str(), C("prof"), C("sync"));
     struct Case {
-        const char* name;
+        const char *name, *creator;
         eRzFileAccess access;
         long size;
-    } cases[] = {{"new.txt", eRzFileWrite, 0},
-                 {"old.txt", eRzFileWrite, 0},
-                 {"new2.txt", eRzFileReadWrite, 0},
-                 {"kept.txt", eRzFileReadWrite, 8},
-                 {"kept.txt", eRzFileRead, 8}};
+        const char* codes;
+    } cases[] = {{"new.txt", nullptr, eRzFileWrite, 0, "TEXT/ttxt"},
+                 {"old.txt", nullptr, eRzFileWrite, 0, "TEXT/ttxt"},
+                 {"new2.txt", nullptr, eRzFileReadWrite, 0, "TEXT/ttxt"},
+                 {"kept.txt", nullptr, eRzFileReadWrite, 8, "TEXT/ttxt"},
+                 {"kept.txt", nullptr, eRzFileRead, 8, "TEXT/ttxt"},
+                 {"m.cie", "RzTl", eRzFileWrite, 0, "TEXT/RzTl"},
+                 {"plain", "8BIM", eRzFileReadWrite, 1, "prof/8BIM"}};
     for (const Case& c : cases) {
         RzFileSpec f = Spec(t / c.name);
+        if (c.creator) f.SetCreatorID(C(c.creator));
         FILE* file = RzMacOpenFile(f, c.access);
         ASSERT_NE(file, nullptr) << c.name;
         const long at = ftell(file);
         fseek(file, 0, SEEK_END);
         EXPECT_TRUE(at == 0 && ftell(file) == c.size) << c.name;
         fclose(file);
-        EXPECT_EQ(Codes(t / c.name), "TEXT/ttxt") << c.name;  // stamped
+        EXPECT_EQ(Codes(t / c.name), c.codes) << c.name;
     }
-    // An explicit creator is stamped; a zero type keeps the stored one.
-    RzFileSpec m = Spec(t / "m.cie");
-    m.SetCreatorID(C("RzTl"));
-    fclose(RzMacOpenFile(m, eRzFileWrite));
-    EXPECT_EQ(Codes(t / "m.cie"), "TEXT/RzTl");
-    RzPutFile(t / "plain");
-    RzOSWriteFinderInfo((t / "plain").c_str(), C("prof"), C("sync"));
-    RzFileSpec p = Spec(t / "plain");
-    p.SetCreatorID(C("8BIM"));
-    fclose(RzMacOpenFile(p, eRzFileReadWrite));
-    EXPECT_EQ(Codes(t / "plain"), "prof/8BIM");
-}
-
-TEST(RzMacToolsOSX, FileSystemWithoutFinderInformation) {
-    NoXattrMount m;
-    if (!m.mounted) GTEST_SKIP() << m.reason;
-    RzFileSpec s = Spec(m.point + "/f.txt");
-    s.SetCreatorID(C("RzTl"));
-    FILE* file = RzMacOpenFile(s, eRzFileWrite);  // stamping is skipped quietly
-    ASSERT_NE(file, nullptr);
-    fclose(file);
-    EXPECT_EQ(Codes(m.point + "/f.txt"), "TEXT/0");
-    EXPECT_EQ(RzMacSetVisible(s, false), wrgVolTypErr);
 }
 
 TEST(RzMacToolsOSX, WellKnownFolders) {
     RzTempDir t;
     RzEnvGuard env;
-    env.Set("XDG_DATA_HOME", (t / "data").c_str());
-    env.Set("TMPDIR", t.path().c_str());
+    env.Set("HOME", t.path().c_str());
+    env.Set("XDG_CONFIG_HOME", nullptr);
+    env.Set("XDG_DATA_HOME", "relative/data");  // relative: ignored
+    env.Set("TMPDIR", (t / "tmp").c_str());
+    mkdir((t / ".config").c_str(), 0755);
+    RzPutFile(t / ".config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"$HOME/Papers\"\n");
     struct Case {
         int folder;
         std::string full;
     } cases[] = {
         {eRzFolderNone, "a.txt"},
         {eRzFolderKeep, "/somewhere/a.txt"},
-        {eRzFolderUserProfiles, t / "data/icc/a.txt"},
-        {eRzFolderTemporary, t / "a.txt"},
-        {eRzFolderAppSupportCommon, t / "data/a.txt"},
+        {eRzFolderUserProfiles, t / ".local/share/icc/a.txt"},
+        {eRzFolderPreferences, t / ".config/a.txt"},
+        {eRzFolderDocuments, t / "Papers/a.txt"},
+        {eRzFolderTemporary, t / "tmp/a.txt"},
+        {eRzFolderAppSupportCommon, t / ".local/share/a.txt"},
     };
     for (const Case& c : cases) {
         RzFileSpec s("/somewhere/a.txt");
