@@ -150,7 +150,7 @@ int32_t RzMacReadCreatorType(RzFileSpec& spec) {
 void RzMacSetPath(RzFileSpec& spec, RzFolderType folder) {
     RzString name = spec.GetName();
     int value = static_cast<int>(folder);
-    if (value < eRzFolderNone || value > eRzFolderAppSupportCommon) RZ_RAISE(kRzArgErr, "RzArgErr");
+    if (value < eRzFolderNone || value > eRzFolderAppSupportCommon) RZ_RAISE(kRzArgErr);
     if (folder == eRzFolderNone) {
         spec.SetFullName(name);
         return;

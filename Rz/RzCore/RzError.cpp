@@ -105,6 +105,22 @@ void RzError::ThrowSysError(int err, const char* text) {
     throw RzError(kRzSysErr, message, nullptr, 0);
 }
 
+const char* RzErrorName(uint32_t code) {
+    switch (code) {
+#define RZ_ERROR_CODE_NAME(name, value) \
+    case value:                         \
+        return #name;
+        RZ_ERROR_CODES(RZ_ERROR_CODE_NAME)
+#undef RZ_ERROR_CODE_NAME
+        default:
+            return nullptr;
+    }
+}
+
 void RzRaise(uint32_t code, const char* name, const char* unit, int line) {
     throw RzError(code, name, unit, line);
+}
+
+void RzRaiseCode(uint32_t code, const char* unit, int line) {
+    throw RzError(code, RzErrorName(code), unit, line);
 }

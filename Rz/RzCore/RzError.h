@@ -15,25 +15,7 @@
 
 #include <stdint.h>
 
-// Error codes raised by the framework; each has a fixed name (see RzError.cpp).
-enum {
-    kRzNoErr = 0,
-    kRzUndefProc = 1,      // "RzUndefProc": operation not available here
-    kRzUnexpectedErr = 2,  // "RzUnexpectedErr": string internals
-    kRzArgErr = 3,         // "RzArgErr": invalid argument
-    kRzMemFullErr = 4,     // "RzMemFullErr": allocation failed
-    kRzIndexError = 7,     // "RzIndexError": index out of range
-    kRzFileNotOpen = 12,   // "RzFileNotOpen"
-    kRzFileLengthFailed = 13,
-    kRzFileSeekFailed = 14,
-    kRzFilePosFailed = 15,
-    kRzFileWriteFailed = 17,
-    kRzFileAccessErr = 18,
-    kRzFormatErr = 19,   // "RzFormatErr": malformed text
-    kRzPtrInvalid = 20,  // "RzPtrInvalid": smart pointer on a dead object
-    kRzGeneralErr = 42,
-    kRzSysErr = 68  // ThrowSysError
-};
+#include <Rz/RzCore/RzErrorCodes.h>
 
 class RzError {
 public:
@@ -75,5 +57,9 @@ private:
 // Throws RzError(code, name, unit, line). Every error the framework raises
 // goes through here; `unit` is the raising unit's base name ("RzString").
 [[noreturn]] void RzRaise(uint32_t code, const char* name, const char* unit, int line);
+
+// Throws the error of a code of the table in RzErrorCodes.h with its fixed
+// name: RzRaiseCode(kRzIndexError, "RzArray", 55) raises "RzIndexError".
+[[noreturn]] void RzRaiseCode(uint32_t code, const char* unit, int line);
 
 #endif

@@ -6,6 +6,7 @@
 
 #include <Rz/RzCore/RzError.h>
 #include <Rz/internal/RzMemoryHooks.h>
+#include <Rz/internal/RzRaise.h>
 
 static const char kRzUnit[] = "RzMemory";
 
@@ -33,10 +34,13 @@ void* RzMemoryManagerCPP::Alloc(uint32_t size) {
     try {
         return gOperatorNew(size);
     } catch (...) {
-        // Whatever operator new throws becomes the framework's own error;
-        // the line is fixed because applications test for it.
-        RzRaise(kRzMemFullErr, "RzMemFullErr", kRzUnit, 37);
+        // Whatever operator new throws becomes the framework's own error.
+        RzRaiseMemFull();
     }
+}
+
+void RzRaiseMemFull() {
+    RZ_RAISE_AT(kRzMemFullErr, kRzLineMemFull);
 }
 
 void RzMemoryManagerCPP::Free(void* ptr) {

@@ -107,7 +107,7 @@ RzString Format(const char* format, ...) {
 // --- Buffer functions ---------------------------------------------------
 
 RzStringData* NewStringData(const char* source, int32_t n, bool isBinary) {
-    if (n < 0) RZ_RAISE(kRzArgErr, "RzArgErr");
+    if (n < 0) RZ_RAISE(kRzArgErr);
     if (source) return CopyStringData(source, n, isBinary, !HasZeroByte(source, n));
     RzStringData* d = AllocateStringData(n, isBinary);
     if (isBinary) {
@@ -122,10 +122,10 @@ RzStringData* NewStringData(const char* source, int32_t n, bool isBinary) {
 
 RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n) {
     if (!data) return NewStringData(source, n, false);
-    if (n < 0) RZ_RAISE(kRzArgErr, "RzArgErr");
-    if (data->refCount != 1) RZ_RAISE(kRzUnexpectedErr, "RzUnexpectedErr");
+    if (n < 0) RZ_RAISE(kRzArgErr);
+    if (data->refCount != 1) RZ_RAISE(kRzUnexpectedErr);
     if (data->length < 0) {
-        if (data->isBinary) RZ_RAISE(kRzGeneralErr, "RzGeneralErr");
+        if (data->isBinary) RZ_RAISE(kRzGeneralErr);
         data->length = static_cast<int32_t>(strlen(data->chars));
         data->lengthIsCounted = true;
     }
@@ -251,7 +251,7 @@ char* RzString::Get(int32_t* lengthOut) {
 }
 
 void RzString::SetLength(int n) {
-    if (!data || n > data->capacity) RZ_RAISE(kRzIndexError, "RzIndexError");
+    if (!data || n > data->capacity) RZ_RAISE(kRzIndexError);
     if (data->refCount > 1) {
         RzStringData* copy = AllocateStringData(data->capacity, data->isBinary);
         memcpy(copy->chars, data->chars, static_cast<size_t>(data->capacity) + 1);
@@ -288,12 +288,12 @@ void RzString::MakeWritable() {
 }
 
 char RzString::operator[](int i) const {
-    if (!data || i < 0 || i >= data->capacity) RZ_RAISE(kRzIndexError, "RzIndexError");
+    if (!data || i < 0 || i >= data->capacity) RZ_RAISE(kRzIndexError);
     return data->chars[i];
 }
 
 char RzString::operator[](long i) const {
-    if (!data || i < 0 || i >= data->capacity) RZ_RAISE(kRzIndexError, "RzIndexError");
+    if (!data || i < 0 || i >= data->capacity) RZ_RAISE(kRzIndexError);
     return data->chars[i];
 }
 
@@ -302,9 +302,9 @@ char& RzString::operator[](int i) {
 }
 
 char& RzString::operator[](long i) {
-    if (!data || i < 0) RZ_RAISE(kRzIndexError, "RzIndexError");
+    if (!data || i < 0) RZ_RAISE(kRzIndexError);
     WriteAccess();
-    if (i >= data->capacity) RZ_RAISE(kRzIndexError, "RzIndexError");
+    if (i >= data->capacity) RZ_RAISE(kRzIndexError);
     return data->chars[i];
 }
 
@@ -365,7 +365,7 @@ int RzString::cmp(const RzString& other) const {
 }
 
 int RzString::cmp(const char* other) const {
-    if (!other) RZ_RAISE(kRzArgErr, "RzArgErr");
+    if (!other) RZ_RAISE(kRzArgErr);
     return strcmp(c_str(), other);
 }
 
@@ -374,7 +374,7 @@ int RzString::cmpIgnoreCase(const RzString& other) const {
 }
 
 int RzString::cmpIgnoreCase(const char* other) const {
-    if (!other) RZ_RAISE(kRzArgErr, "RzArgErr");
+    if (!other) RZ_RAISE(kRzArgErr);
     return Rzstricmp(c_str(), other);
 }
 

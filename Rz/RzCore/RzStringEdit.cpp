@@ -632,7 +632,7 @@ RzString RzString::QuoteString() const {
 RzString RzString::UnQuoteString() const {
     const int32_t n = length();
     const char* s = c_str();
-    if (n < 1 || s[0] != '"' || s[n - 1] != '"') RZ_RAISE(kRzFormatErr, "RzFormatErr");
+    if (n < 1 || s[0] != '"' || s[n - 1] != '"') RZ_RAISE(kRzFormatErr);
     const int32_t last = n - 2;  // the last content position
     RzStringData* d = NewStringData(nullptr, std::max<int32_t>(last, 0), false);
     int32_t at = 0;

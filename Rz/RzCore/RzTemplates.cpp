@@ -1,10 +1,9 @@
 #include <Rz/RzCore/RzTemplates.h>
 
-#include <Rz/RzCore/RzError.h>
+#include <Rz/internal/RzRaise.h>
 
 static const char kRzUnit[] = "RzTemplates";
 
 void RzRaisePtrInvalid() {
-    // The line is fixed: applications test for it.
-    RzRaise(kRzPtrInvalid, "RzPtrInvalid", kRzUnit, 206);
+    RZ_RAISE_AT(kRzPtrInvalid, kRzLinePtrInvalid);
 }

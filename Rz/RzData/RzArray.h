@@ -52,11 +52,11 @@ public:
     ~RzArray() { Clear(); }
 
     T& operator[](int i) {
-        if (i < 0 || i >= count) RzRaise(kRzIndexError, "RzIndexError", "RzArray", __LINE__);
+        if (i < 0 || i >= count) RzRaiseCode(kRzIndexError, "RzArray", __LINE__);
         return data[i];
     }
     const T& operator[](int i) const {
-        if (i < 0 || i >= count) RzRaise(kRzIndexError, "RzIndexError", "RzArray", __LINE__);
+        if (i < 0 || i >= count) RzRaiseCode(kRzIndexError, "RzArray", __LINE__);
         return data[i];
     }
 

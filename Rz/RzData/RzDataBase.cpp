@@ -120,7 +120,7 @@ void RzDBData::SetString(const RzString& text, int32_t& pos) {
     key = (word.length() > 0 && word.c_str()[0] == '"') ? word.UnQuoteString() : word;
 
     if (text.ReadString(pos, false, defaults) != "=")
-        RzRaise(kRzFormatErr, "RzFormatErr", kRzUnit, 91);
+        RZ_RAISE_AT(kRzFormatErr, kRzLineEntryWithoutEquals);
 
     // Back onto the separator that ended "=" (or onto "=" itself at the end
     // of the text), then over blanks and tabs but not line ends.
@@ -482,7 +482,7 @@ public:
                 ReadEntry(entry);
                 level->Append(std::move(entry));
                 if (c == '<' && RzDataBase::GetNextChar(text, pos) != '>')
-                    RzRaise(kRzFormatErr, "RzFormatErr", kRzUnit, 616);
+                    RZ_RAISE_AT(kRzFormatErr, kRzLineProtectedEntryOpen);
             }
         } catch (...) {
             for (RzDataBase* db : open) db->Delete();
@@ -502,7 +502,7 @@ private:
         while (pos < n && !IsBlank(p[pos])) ++pos;
         const bool isEquals = pos - start == 1 && p[start] == '=';
         if (pos < n) ++pos;  // the separator that ends the word
-        if (!isEquals) RzRaise(kRzFormatErr, "RzFormatErr", kRzUnit, 91);
+        if (!isEquals) RZ_RAISE_AT(kRzFormatErr, kRzLineEntryWithoutEquals);
         --pos;
         while (pos < n && (p[pos] == ' ' || p[pos] == '\t')) ++pos;
         if (pos >= n || IsLineEnd(p[pos])) return;

@@ -41,11 +41,11 @@ public:
     }
 
     T& operator[](int i) {
-        if (i < 0 || i >= count) RzRaise(kRzIndexError, "RzIndexError", "RzList", __LINE__);
+        if (i < 0 || i >= count) RzRaiseCode(kRzIndexError, "RzList", __LINE__);
         return storage.data[Slot(i)];
     }
     const T& operator[](int i) const {
-        if (i < 0 || i >= count) RzRaise(kRzIndexError, "RzIndexError", "RzList", __LINE__);
+        if (i < 0 || i >= count) RzRaiseCode(kRzIndexError, "RzList", __LINE__);
         return storage.data[Slot(i)];
     }
 
@@ -88,7 +88,7 @@ public:
     // the next; the last one takes a copy of the slot just behind it (element
     // 0's slot when the list is full).
     void Remove(int i) {
-        if (i < 0 || i >= count) RzRaise(kRzIndexError, "RzIndexError", "RzList", __LINE__);
+        if (i < 0 || i >= count) RzRaiseCode(kRzIndexError, "RzList", __LINE__);
         const int32_t capacity = storage.count;
         T* slots = storage.data;
         int32_t to = Slot(i);

@@ -72,10 +72,10 @@ void RzFile::Close() {
 }
 
 uint32_t RzFile::Read(void* buffer, uint32_t size, uint32_t* done) {
-    if (!buffer) RZ_RAISE(kRzArgErr, "RzArgErr");
+    if (!buffer) RZ_RAISE(kRzArgErr);
     if (access == eRzFileRead || access == eRzFileReadWrite) Open(access, false);
     // A stream that was never opened is refused instead of reading null.
-    if (!file) RZ_RAISE(kRzFileNotOpen, "RzFileNotOpen");
+    if (!file) RZ_RAISE(kRzFileNotOpen);
     const uint32_t n = static_cast<uint32_t>(fread(buffer, 1, size, file));
     if (done) *done = n;
     return n;
@@ -83,30 +83,30 @@ uint32_t RzFile::Read(void* buffer, uint32_t size, uint32_t* done) {
 
 uint32_t RzFile::Write(const void* buffer, uint32_t size, uint32_t* done) {
     if (access == eRzFileWrite || access == eRzFileReadWrite) Open(access, false);
-    if (!buffer) RZ_RAISE(kRzArgErr, "RzArgErr");
-    if (!file) RZ_RAISE(kRzFileNotOpen, "RzFileNotOpen");
+    if (!buffer) RZ_RAISE(kRzArgErr);
+    if (!file) RZ_RAISE(kRzFileNotOpen);
     const uint32_t n = static_cast<uint32_t>(fwrite(buffer, 1, size, file));
     if (done) *done = n;
-    if (n < size) RZ_RAISE(kRzFileWriteFailed, "RzFileWriteFailed");
+    if (n < size) RZ_RAISE(kRzFileWriteFailed);
     return n;
 }
 
 int32_t RzFile::Length() {
     if (access != eRzFileNone) Open(access, false);
-    if (!file) RZ_RAISE(kRzFileNotOpen, "RzFileNotOpen");
+    if (!file) RZ_RAISE(kRzFileNotOpen);
     const long position = ftell(file);
     if (position < 0 || fseek(file, 0, SEEK_END) != 0)
-        RZ_RAISE(kRzFileLengthFailed, "RzFileLengthFailed");
+        RZ_RAISE(kRzFileLengthFailed);
     const long length = ftell(file);
-    if (fseek(file, position, SEEK_SET) != 0) RZ_RAISE(kRzFileLengthFailed, "RzFileLengthFailed");
+    if (fseek(file, position, SEEK_SET) != 0) RZ_RAISE(kRzFileLengthFailed);
     // A length of 2 GB or more has no 32-bit form.
-    if (length < 0 || length > INT32_MAX) RZ_RAISE(kRzFileLengthFailed, "RzFileLengthFailed");
+    if (length < 0 || length > INT32_MAX) RZ_RAISE(kRzFileLengthFailed);
     return static_cast<int32_t>(length);
 }
 
 int32_t RzFile::SetPosition(int32_t offset, eRzFileSeekMode mode) {
     if (access != eRzFileNone) Open(access, false);
-    if (!file) RZ_RAISE(kRzFileNotOpen, "RzFileNotOpen");
+    if (!file) RZ_RAISE(kRzFileNotOpen);
     int result;
     switch (mode) {
         case eRzSeekFromStart:
@@ -119,17 +119,17 @@ int32_t RzFile::SetPosition(int32_t offset, eRzFileSeekMode mode) {
             result = fseek(file, offset, SEEK_CUR);
             break;
         default:
-            RZ_RAISE(kRzArgErr, "RzArgErr");
+            RZ_RAISE(kRzArgErr);
     }
-    if (result != 0) RZ_RAISE(kRzFileSeekFailed, "RzFileSeekFailed");
+    if (result != 0) RZ_RAISE(kRzFileSeekFailed);
     return 0;
 }
 
 int32_t RzFile::GetPosition() {
     if (access != eRzFileNone) Open(access, false);
-    if (!file) RZ_RAISE(kRzFileNotOpen, "RzFileNotOpen");
+    if (!file) RZ_RAISE(kRzFileNotOpen);
     const long position = ftell(file);
-    if (position < 0 || position > INT32_MAX) RZ_RAISE(kRzFilePosFailed, "RzFilePosFailed");
+    if (position < 0 || position > INT32_MAX) RZ_RAISE(kRzFilePosFailed);
     return static_cast<int32_t>(position);
 }
 
@@ -138,7 +138,7 @@ RzString RzFile::ReadString() {
     if (size < 0) {
         // Behind the end the size is negative; taken as an unsigned block
         // size it asks for nearly 4 GB, which the 32-bit allocator refuses.
-        RzRaise(kRzMemFullErr, "RzMemFullErr", "RzMemory", 37);
+        RzRaiseMemFull();
     }
     if (size == 0) {
         char none;

@@ -18,7 +18,7 @@ int32_t Advance(int32_t count, uint32_t by) {
 }  // namespace
 
 int32_t RzStdStream::SetPosition(int32_t, eRzFileSeekMode) {
-    RZ_RAISE(kRzFileAccessErr, "RzFileAccessErr");
+    RZ_RAISE(kRzFileAccessErr);
 }
 
 int32_t RzStdStream::GetPosition() {
@@ -39,15 +39,15 @@ uint32_t RzStdInStream::Read(void* buffer, uint32_t size, uint32_t* done) {
 }
 
 uint32_t RzStdInStream::Write(const void*, uint32_t, uint32_t*) {
-    RZ_RAISE(kRzFileAccessErr, "RzFileAccessErr");
+    RZ_RAISE(kRzFileAccessErr);
 }
 
 void RzStdInStream::Open(eRzFileAccess access) {
-    if (access != eRzFileRead) RZ_RAISE(kRzFileAccessErr, "RzFileAccessErr");
+    if (access != eRzFileRead) RZ_RAISE(kRzFileAccessErr);
 }
 
 uint32_t RzStdOutStream::Read(void*, uint32_t, uint32_t*) {
-    RZ_RAISE(kRzFileAccessErr, "RzFileAccessErr");
+    RZ_RAISE(kRzFileAccessErr);
 }
 
 uint32_t RzStdOutStream::Write(const void* buffer, uint32_t size, uint32_t* done) {
@@ -63,7 +63,7 @@ uint32_t RzStdOutStream::Write(const void* buffer, uint32_t size, uint32_t* done
 }
 
 void RzStdOutStream::Open(eRzFileAccess access) {
-    if (access != eRzFileWrite) RZ_RAISE(kRzFileAccessErr, "RzFileAccessErr");
+    if (access != eRzFileWrite) RZ_RAISE(kRzFileAccessErr);
 }
 
 void RzStdOutStream::Write(const char* text) {

@@ -13,19 +13,19 @@ RzString RzStream::GetName() const {
 }
 
 uint32_t RzStreamImplemented::Read(void*, uint32_t, uint32_t*) {
-    RZ_RAISE(kRzUndefProc, "RzUndefProc");
+    RZ_RAISE(kRzUndefProc);
 }
 
 uint32_t RzStreamImplemented::Write(const void*, uint32_t, uint32_t*) {
-    RZ_RAISE(kRzUndefProc, "RzUndefProc");
+    RZ_RAISE(kRzUndefProc);
 }
 
 int32_t RzStreamImplemented::SetPosition(int32_t, eRzFileSeekMode) {
-    RZ_RAISE(kRzUndefProc, "RzUndefProc");
+    RZ_RAISE(kRzUndefProc);
 }
 
 int32_t RzStreamImplemented::GetPosition() {
-    RZ_RAISE(kRzUndefProc, "RzUndefProc");
+    RZ_RAISE(kRzUndefProc);
 }
 
 uint32_t RzNullStream::Write(const void*, uint32_t size, uint32_t* done) {
