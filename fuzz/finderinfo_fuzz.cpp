@@ -9,6 +9,7 @@
 
 #include <Rz/internal/RzAppleDouble.h>
 #include <Rz/internal/RzFileOS.h>
+#include <Rz/internal/RzTextEncoding.h>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     uint32_t offset = 0, length = 0;
@@ -36,6 +37,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     pascal[0] = static_cast<unsigned char>(size > 255 ? 255 : size);
     memcpy(pascal + 1, data, pascal[0]);
     RzString name;
-    RzOSMacChineseTradToUTF8(pascal, name);
+    RzMacChineseTradToUTF8(pascal, name);
     return 0;
 }

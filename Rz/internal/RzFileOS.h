@@ -175,14 +175,6 @@ OSErr RzOSFolderID(const char* path, bool mustBeWritable, short& vRefNum, int32_
 // the conversion's error for bytes the encoding does not define.
 OSErr RzOSCreateDirectory(const FSRef& parent, const unsigned char* name);
 
-// The conversion alone: `pascal` read as Mac traditional Chinese, written to
-// `utf8`. ASCII is unchanged. kTextMalformedInputErr for a byte that starts
-// no character or a lead byte without its second byte,
-// kTextUndefinedElementErr for a pair the encoding does not define,
-// kTextUnsupportedEncodingErr when the system has no converter (only for
-// names that need one).
-OSErr RzOSMacChineseTradToUTF8(const unsigned char* pascal, RzString& utf8);
-
 // CFBundle's view of where the application lives, from the executable's
 // path: with `besideExecutable` non-zero the executable's folder; with 0 the
 // folder holding the application bundle when the executable sits in

@@ -7,5 +7,5 @@ else()
   message(FATAL_ERROR "Rz has no operating-system layer for ${CMAKE_SYSTEM_NAME} yet")
 endif()
 rz_add_sources(internal
-  HEADERS RzRaise.h RzOS.h RzFileOS.h RzAppleDouble.h RzMemoryHooks.h
-  SOURCES ${rz_os_source} ${rz_file_os_source} RzAppleDouble.cpp)
+  HEADERS RzRaise.h RzOS.h RzFileOS.h RzAppleDouble.h RzMemoryHooks.h RzTextEncoding.h
+  SOURCES ${rz_os_source} ${rz_file_os_source} RzAppleDouble.cpp RzTextEncoding.cpp)
