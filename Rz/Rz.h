@@ -19,6 +19,7 @@
 #include <Rz/Mac/RzMacTypes.h>
 #include <Rz/FileSpec/RzFileSpec.h>
 #include <Rz/Mac/RzMacToolsOSX.h>
+#include <Rz/RzSystem/RzDate.h>
 #include <Rz/RzSystem/RzSystem.h>
 
 #endif

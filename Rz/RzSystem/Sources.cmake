@@ -1,3 +1,3 @@
 rz_add_sources(RzSystem
-  HEADERS RzSystem.h
-  SOURCES RzSystem.cpp)
+  HEADERS RzDate.h RzSystem.h
+  SOURCES RzDate.cpp RzSystem.cpp)
