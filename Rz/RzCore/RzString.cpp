@@ -11,14 +11,11 @@
 #include <Rz/Mac/RzByteOrder.h>
 #include <Rz/RzCore/RzError.h>
 #include <Rz/internal/RzRaise.h>
+#include <Rz/internal/RzStringBuffer.h>
 
 static const char kRzUnit[] = "RzString";
 
 namespace {
-
-const size_t kHeaderSize = offsetof(RzStringData, chars);
-
-const int64_t kMaxRoom = INT32_MAX - static_cast<int64_t>(kHeaderSize) - 1 - 4;
 
 // The character bytes a block holds; with spare room it is stored, as an
 // unaligned 32-bit number, right behind the terminator.
@@ -36,10 +33,10 @@ void StoreRoom(RzStringData* d, int32_t room) {
 // A buffer of the given capacity (and at least that much room) with only the
 // header and terminator set.
 RzStringData* AllocateStringData(int64_t capacity, bool isBinary, int64_t room = 0) {
-    if (capacity > kMaxRoom) throw std::bad_alloc();
-    if (room > kMaxRoom) room = kMaxRoom;
+    if (capacity > kRzStringMaxCapacity) throw std::bad_alloc();
+    if (room > kRzStringMaxCapacity) room = kRzStringMaxCapacity;
     const bool spare = room > capacity;
-    const size_t bytes = kHeaderSize + static_cast<size_t>(spare ? room : capacity) + 1 +
+    const size_t bytes = kRzStringHeaderSize + static_cast<size_t>(spare ? room : capacity) + 1 +
                          (spare ? sizeof(int32_t) : 0);
     RzStringData* d = static_cast<RzStringData*>(::operator new(bytes));
     d->refCount = 1;
@@ -65,11 +62,6 @@ RzStringData* CopyStringData(const char* source, int32_t n, bool isBinary, bool 
     d->length = n;
     d->lengthIsCounted = counted && !isBinary;
     return d;
-}
-
-int Fold(char c) {
-    int v = static_cast<signed char>(c);
-    return (v >= 'A' && v <= 'Z') ? v + 32 : v;
 }
 
 // vsnprintf into a string, however long the result.
@@ -130,11 +122,8 @@ RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n) {
         data->lengthIsCounted = true;
     }
     const bool addsZero = source && HasZeroByte(source, n);
-    int64_t needed = static_cast<int64_t>(data->length) + n;
+    const int64_t needed = RzStringGrownCapacity(data->capacity, int64_t(data->length) + n);
     if (needed > data->capacity) {
-        if (2 * needed < 3 * static_cast<int64_t>(data->capacity))
-            needed = 3 * static_cast<int64_t>(data->capacity) / 2;
-        if (needed < 10) needed = 10;
         const int32_t room = RoomOf(data);
         if (needed <= room) {
             // The block already has the room: only the capacity moves.
@@ -166,6 +155,13 @@ RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n) {
         data->appendable = false;
     }
     return data;
+}
+
+RzStringData* RzNewTextBuffer(int64_t capacity) {
+    RzStringData* d = AllocateStringData(capacity, false);
+    d->chars[0] = 0;
+    d->lengthIsCounted = true;
+    return d;
 }
 
 // --- Construction and assignment -----------------------------------------
@@ -413,7 +409,7 @@ int Rzstricmp(const char* a, const char* b) {
     if (!a) a = "";
     if (!b) b = "";
     for (;; ++a, ++b) {
-        const int fa = Fold(*a), fb = Fold(*b);
+        const int fa = RzFoldedValue(*a), fb = RzFoldedValue(*b);
         if (fa != fb) return fa - fb;
         if (fa == 0) return 0;
     }
@@ -423,7 +419,7 @@ int Rzstrincmp(const char* a, const char* b, int n) {
     if (!a) a = "";
     if (!b) b = "";
     for (int i = 0; i < n; ++i) {
-        const int fa = Fold(a[i]), fb = Fold(b[i]);
+        const int fa = RzFoldedValue(a[i]), fb = RzFoldedValue(b[i]);
         if (fa != fb) return fa - fb;
         if (fa == 0) return 0;
     }

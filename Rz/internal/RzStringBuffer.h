@@ -1,0 +1,65 @@
+// The rules of the string buffer (RzStringData) that more than one unit
+// follows: its layout, its largest capacity, how its capacity grows, the
+// folding of case-insensitive comparisons, and the one way a unit outside the
+// string sources makes a text buffer and fills it. Private to the library.
+#ifndef RZ_INTERNAL_RZSTRINGBUFFER_H
+#define RZ_INTERNAL_RZSTRINGBUFFER_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <Rz/RzCore/RzString.h>
+
+// Bytes in front of the characters.
+const size_t kRzStringHeaderSize = offsetof(RzStringData, chars);
+
+// The largest capacity: header, characters, terminator and the room field
+// behind it (see RzStringData::hasRoom) stay below 2^31 bytes. A larger
+// request fails as an allocation failure (std::bad_alloc).
+const int64_t kRzStringMaxCapacity = INT32_MAX - static_cast<int64_t>(kRzStringHeaderSize) - 1 - 4;
+
+// The capacity a buffer of `capacity` has once `needed` characters are
+// appended to it: unchanged when they fit; otherwise half as much again when
+// that is enough, else exactly `needed`, and never below 10.
+inline int64_t RzStringGrownCapacity(int64_t capacity, int64_t needed) {
+    if (needed <= capacity) return capacity;
+    const int64_t grown = 2 * needed < 3 * capacity ? 3 * capacity / 2 : needed;
+    return grown < 10 ? 10 : grown;
+}
+
+// The capacity that appending characters one at a time to a buffer of
+// `capacity` ends with once `length` characters are in it.
+inline int64_t RzStringCapacityAfterChars(int64_t capacity, int64_t length) {
+    while (capacity < length) capacity = RzStringGrownCapacity(capacity, capacity + 1);
+    return capacity;
+}
+
+// The case folding of the case-insensitive comparisons and searches: only
+// 'A'..'Z' become 'a'..'z'.
+inline char RzFoldAscii(char c) {
+    const unsigned char u = static_cast<unsigned char>(c);
+    return static_cast<char>(static_cast<unsigned char>(u - 'A') < 26 ? u + 32 : u);
+}
+
+// A folded byte as the comparisons order it: a signed 8-bit value, so that
+// bytes 128..255 order below ASCII.
+inline int RzFoldedValue(char c) {
+    return static_cast<signed char>(RzFoldAscii(c));
+}
+
+// A new, empty text buffer of exactly `capacity` (count 1). Raises
+// std::bad_alloc above kRzStringMaxCapacity. Fill chars[0, n) and hand it
+// to RzFinishText.
+RzStringData* RzNewTextBuffer(int64_t capacity);
+
+// Completes a buffer from RzNewTextBuffer that holds n characters: sets the
+// length and the terminator. `noZeroByte` tells that the n characters hold
+// no zero byte, so that the length never has to be counted.
+inline RzString RzFinishText(RzStringData* d, int32_t n, bool noZeroByte) {
+    d->chars[n] = 0;
+    d->length = n;
+    d->lengthIsCounted = noZeroByte;
+    return RzString(d);
+}
+
+#endif
