@@ -2,16 +2,24 @@
 
 #include <string.h>
 
+#include <new>
 #include <vector>
 
 #include <Rz/RzCore/RzError.h>
 #include <Rz/internal/RzRaise.h>
+#include <Rz/internal/RzStringBuffer.h>
 
 static const char kRzUnit[] = "RzDataBase";
 
 // The writer's protected form, process-wide; changed only by
 // RzDataBase::SaveControlChars.
 bool RzDataBase::mSaveControlChars = false;
+
+// Destroying a tree: databases whose last reference a destructor took over,
+// linked through nextReleased, and whether a destructor on this thread is
+// destroying them. Changed only by ~RzDataBase.
+static thread_local RzDataBase* tReleased = nullptr;
+static thread_local bool tReleasing = false;
 
 namespace {
 
@@ -30,21 +38,12 @@ struct ByteClasses {
 };
 const ByteClasses kBytes;
 
-// kTriggersQuotes when the writer quotes s (it holds a blank, tab, CR, LF
-// or double quote), else kZero when s holds a zero byte, else 0.
-unsigned char Classify(const RzString& s) {
-    const unsigned char* p = reinterpret_cast<const unsigned char*>(s.c_str());
-    unsigned char seen = 0;
-    for (int32_t i = 0, n = s.length(); i < n; ++i) {
-        const unsigned char c = kBytes.of[p[i]];
-        if (c & kTriggersQuotes) return kTriggersQuotes;
-        seen |= c;
-    }
-    return seen & kZero;
-}
-
+// Whether the writer quotes s: it holds a blank, tab, CR, LF or double quote.
 bool NeedsQuotes(const RzString& s) {
-    return Classify(s) == kTriggersQuotes;
+    const char* p = s.c_str();
+    for (int32_t i = 0, n = s.length(); i < n; ++i)
+        if (kBytes.of[static_cast<unsigned char>(p[i])] & kTriggersQuotes) return true;
+    return false;
 }
 
 bool IsBlank(char c) {
@@ -227,9 +226,10 @@ void RzDataBase::Append(RzDBData&& entry) {
 
 // --- The tree -----------------------------------------------------------------
 
-RzDataBase::RzDataBase() : keyIndex(nullptr) {}
+RzDataBase::RzDataBase() : keyIndex(nullptr), nextReleased(nullptr) {}
 
-RzDataBase::RzDataBase(const RzDataBase& other) : RzObject(other), keyIndex(nullptr) {
+RzDataBase::RzDataBase(const RzDataBase& other)
+    : RzObject(other), keyIndex(nullptr), nextReleased(nullptr) {
     MergeDB(&other, true);
 }
 
@@ -240,8 +240,33 @@ RzDataBase& RzDataBase::operator=(const RzDataBase& other) {
     return *this;
 }
 
+// Destroying a sub-database from its entry's destructor would recurse once
+// per level. Instead each destructor takes over the last reference to every
+// sub-database its entries hold (stale slots of the ring included) and queues
+// it; the outermost destructor on the thread then destroys the queue one
+// database after another, each adding its own sub-databases. A sub-database
+// that another holder keeps just loses this level's reference; one whose count
+// is no longer positive is left to its entry, whose release raises.
 RzDataBase::~RzDataBase() {
     KeysChanged();
+    RzDBData* slots = entries.storage.data;
+    for (int32_t i = 0; i < entries.storage.count; ++i) {
+        RzDataBase* sub = slots[i].db.get();
+        if (!sub || sub->RefCount() <= 0) continue;
+        if (sub->RefCount() == 1) {
+            sub->NewRef();  // the queue's reference, once the entry lets go
+            sub->nextReleased = tReleased;
+            tReleased = sub;
+        }
+        slots[i].db = nullptr;
+    }
+    if (tReleasing) return;
+    tReleasing = true;
+    while (RzDataBase* next = tReleased) {
+        tReleased = next->nextReleased;
+        next->Delete();
+    }
+    tReleasing = false;
 }
 
 int RzDataBase::GetCount() const {
@@ -371,20 +396,37 @@ RzString RzDataBase::GetString(const RzString& path, const RzString& def, bool c
     return def;
 }
 
+// Level by level with a stack of the levels being copied, in the order a
+// recursive copy would take: each level's entries are counted when its copy
+// begins, so merging a database into itself copies what it held then.
 void RzDataBase::MergeDB(const RzDataBase* other, bool append) {
     if (!other) return;
-    // Merging a database into itself copies what it held when the merge began.
-    const int32_t count = other->entries.count;
-    for (int32_t i = 0; i < count; ++i) {
-        const RzDBData& entry = other->entries[i];
-        // Copies first: appending may move the entries of `other`.
+    struct Level {
+        RzDataBase* into;
+        const RzDataBase* from;
+        RzSmartPtr<RzDataBase> held;  // keeps `from` alive below the top
+        int32_t count;
+        int32_t next;
+    };
+    std::vector<Level> open;
+    open.push_back(Level{this, other, RzSmartPtr<RzDataBase>(), other->entries.count, 0});
+    while (!open.empty()) {
+        Level& level = open.back();
+        if (level.next >= level.count) {
+            open.pop_back();
+            continue;
+        }
+        const RzDBData& entry = level.from->entries[level.next++];
+        // Copies first: appending may move the entries of `from`.
         const RzString name = entry.key, value = entry.value;
         const RzSmartPtr<RzDataBase> sub = entry.db;
+        RzDataBase* into = level.into;
         if (append)
-            Append(RzDBData(name, value));
+            into->Append(RzDBData(name, value));
         else
-            SetString(name, value);
-        if (sub.get()) GetDB(name, true)->MergeDB(sub.get(), append);
+            into->SetString(name, value);
+        if (sub.get())
+            open.push_back(Level{into->GetDB(name, true), sub.get(), sub, sub->entries.count, 0});
     }
 }
 
@@ -584,197 +626,199 @@ void RzDataBase::ReadFromString(const RzString& text) {
 }
 
 // --- Writing ------------------------------------------------------------------
+//
+// The text is built in two passes over the tree, both without recursion: the
+// first adds up its exact size (so that a text beyond the largest string
+// fails before anything is allocated, and the result is allocated once), the
+// second writes it. Each line of a level nested d deep below the starting
+// indent carries indent + d tabs (none while that is negative).
+//
+// What appending piece by piece would do is kept: a key or value written
+// bare that holds a zero byte is cut there by the next append, which counts
+// the text, and the quoted form stops at the first zero byte. Either way a
+// key or value contributes its bytes up to the first zero, and the text
+// holds no zero byte.
 
-// Builds the text of a database straight into a string buffer, walking the
-// tree without recursion. It appends the way RzString::operator+= does,
-// including its one oddity: a key or value written bare that holds a zero
-// byte is cut at that byte by the next append, which counts the text.
+// What the writer reads of levels and entries.
 class RzDataBaseWriter {
 public:
-    explicit RzDataBaseWriter(bool protectedForm_) : protectedForm(protectedForm_) {}
-    ~RzDataBaseWriter() { RzString release(buffer); }
-
-    void Put(const char* s, size_t n) {
-        Reserve(n);
-        if (n == 0) return;
-        memcpy(out + size, s, n);
-        size += n;
-    }
-
-    // Reserves about what the text of db will take, so that the buffer is
-    // seldom grown: each entry's key and value, quotes, separators and tabs.
-    void ReserveFor(const RzDataBase* db, int indent) {
-        size_t total = 0;
-        std::vector<std::pair<const RzDataBase*, int>> stack{{db, indent}};
-        while (!stack.empty()) {
-            const RzDataBase* level = stack.back().first;
-            const int tabs = stack.back().second;
-            stack.pop_back();
-            for (int32_t i = 0; i < level->entries.count; ++i) {
-                // The strings lie all over the heap: ask for the next ones early.
-                if (i + 8 < level->entries.count) Prefetch(level->entries[i + 8]);
-                const RzDBData& e = level->entries[i];
-                total += static_cast<size_t>(e.key.length() + e.value.length() + tabs) + 10;
-                if (e.db.get()) {
-                    total += 2 * static_cast<size_t>(tabs) + 4;
-                    stack.push_back({e.db.get(), tabs + 1});
-                }
-            }
-        }
-        Reserve(total + total / 16);
-    }
-
-    void Level(const RzDataBase* db, int indent) {
-        ReserveFor(db, indent);
-        struct Frame {
-            const RzDataBase* db;
-            int32_t next;
-            int indent;
-        };
-        std::vector<Frame> stack{{db, 0, indent}};
-        while (!stack.empty()) {
-            Frame& top = stack.back();
-            if (top.next >= top.db->entries.count) {
-                const int closing = top.indent - 1;
-                stack.pop_back();
-                if (!stack.empty()) {
-                    Reserve(static_cast<size_t>(closing) + 2);
-                    Tabs(closing);
-                    Raw("}\n", 2);
-                }
-                continue;
-            }
-            if (top.next + 4 < top.db->entries.count) Prefetch(top.db->entries[top.next + 4]);
-            const RzDBData& entry = top.db->entries[top.next++];
-            const int level = top.indent;
-            Entry(entry, level);
-            if (const RzDataBase* sub = entry.db.get()) {
-                Reserve(static_cast<size_t>(level) + 2);
-                Tabs(level);
-                Raw("{\n", 2);
-                stack.push_back(Frame{sub, 0, level + 1});
-            }
-        }
-    }
-
-    static void Prefetch(const RzDBData& e) {
-        __builtin_prefetch(e.key.c_str() - sizeof(RzStringData) + 1);
-        __builtin_prefetch(e.value.c_str() - sizeof(RzStringData) + 1);
-    }
-
-    RzString Take() {
-        if (size == 0) return RzString();
-        buffer->length = static_cast<int32_t>(size);
-        buffer->chars[size] = 0;
-        // Every zero byte written was cut again by a later append.
-        buffer->lengthIsCounted = true;
-        RzStringData* done = buffer;
-        buffer = nullptr;
-        return RzString(done);
-    }
-
-private:
-    void Reserve(size_t more) {
-        if (cut != kNoCut) {
-            size = cut;
-            cut = kNoCut;
-        }
-        if (size + more <= capacity) return;
-        size_t grown = capacity * 2 < 4096 ? 4096 : capacity * 2;
-        if (grown < size + more) grown = size + more;
-        if (grown > INT32_MAX - 64) grown = size + more;  // the string's limit decides
-        RzStringData* bigger = NewStringData(nullptr, static_cast<int32_t>(grown), false);
-        if (size) memcpy(bigger->chars, out, size);
-        RzString release(buffer);
-        buffer = bigger;
-        out = bigger->chars;
-        capacity = grown;
-    }
-    // Writes without a capacity check: the caller reserved the room.
-    void Raw(const char* s, size_t n) {
-        memcpy(out + size, s, n);
-        size += n;
-    }
-    void Tabs(int n) {
-        for (int i = 0; i < n; ++i) out[size++] = '\t';
-    }
-
-    // The text up to its first zero byte in double quotes, with a backslash
-    // before every double quote and backslash.
-    void Quoted(const RzString& s) {
-        const char* p = s.c_str();
-        const size_t n = static_cast<size_t>(s.length());
-        Reserve(2 * n + 2);
-        out[size++] = '"';
-        size_t i = 0;
-        // Eight bytes at a time while none of them needs attention.
-        for (; i + 8 <= n; i += 8) {
-            uint64_t word;
-            memcpy(&word, p + i, 8);
-            if (HasByte(word, 0) || HasByte(word, '"') || HasByte(word, '\\')) break;
-            memcpy(out + size, &word, 8);
-            size += 8;
-        }
-        for (; p[i]; ++i) {
-            if (kBytes.of[static_cast<unsigned char>(p[i])] & kEscaped) out[size++] = '\\';
-            out[size++] = p[i];
-        }
-        out[size++] = '"';
-    }
-
-    static bool HasByte(uint64_t word, unsigned char c) {
-        const uint64_t x = word ^ (0x0101010101010101ull * c);
-        return ((x - 0x0101010101010101ull) & ~x & 0x8080808080808080ull) != 0;
-    }
-
-    // `zero`: s holds a zero byte, where the next append cuts the text.
-    void Bare(const RzString& s, bool zero) {
-        const size_t n = static_cast<size_t>(s.length());
-        Put(s.c_str(), n);
-        if (zero) cut = size - n + strlen(s.c_str());
-    }
-
-    void KeyOrValue(const RzString& s, bool quoteEmpty) {
-        const unsigned char kind =
-            protectedForm ? static_cast<unsigned char>(kTriggersQuotes) : Classify(s);
-        if (kind == kTriggersQuotes || (quoteEmpty && s.length() == 0))
-            Quoted(s);
-        else
-            Bare(s, kind == kZero);
-    }
-
-    void Entry(const RzDBData& entry, int indent) {
-        Reserve(static_cast<size_t>(indent) + 1);
-        Tabs(indent);
-        if (protectedForm) Raw("<", 1);
-        KeyOrValue(entry.key, true);
-        Put(" = ", 3);
-        KeyOrValue(entry.value, false);
-        if (protectedForm)
-            Put(">\n", 2);
-        else
-            Put("\n", 1);
-    }
-
-    static const size_t kNoCut = static_cast<size_t>(-1);
-    const bool protectedForm;
-    RzStringData* buffer = nullptr;
-    char* out = nullptr;
-    size_t size = 0, capacity = 0;
-    size_t cut = kNoCut;  // where the next append cuts the text
+    static const RzList<RzDBData>& Entries(const RzDataBase* db) { return db->entries; }
+    static const RzString& Key(const RzDBData& entry) { return entry.key; }
+    static const RzString& Value(const RzDBData& entry) { return entry.value; }
 };
 
+namespace {
+
+// How one key or value is written: its bytes up to the first zero, bare or
+// quoted.
+struct Word {
+    const char* p;
+    size_t n;
+    bool quoted;
+};
+
+Word Classify(const RzString& s, bool protectedForm, bool quoteEmpty) {
+    const char* p = s.c_str();
+    const int32_t length = s.length();
+    unsigned char seen = protectedForm ? kTriggersQuotes : 0;
+    if (!protectedForm)
+        for (int32_t i = 0; i < length; ++i) seen |= kBytes.of[static_cast<unsigned char>(p[i])];
+    const size_t n = (seen & kZero) ? strlen(p) : static_cast<size_t>(length);
+    return Word{p, n, (seen & kTriggersQuotes) || (quoteEmpty && length == 0)};
+}
+
+size_t QuotedSize(const Word& w) {
+    size_t escapes = 0;
+    for (size_t i = 0; i < w.n; ++i)
+        escapes += (kBytes.of[static_cast<unsigned char>(w.p[i])] & kEscaped) != 0;
+    return w.n + escapes + 2;
+}
+
+bool HasByte(uint64_t word, unsigned char c) {
+    const uint64_t x = word ^ (0x0101010101010101ull * c);
+    return ((x - 0x0101010101010101ull) & ~x & 0x8080808080808080ull) != 0;
+}
+
+// The walk both passes share: for each entry in text order Entry(entry,
+// tabs), and around each sub-database Open(tabs) and Close(tabs), with tabs
+// the indentation of the entry that holds it.
+template <class Pass>
+void Walk(const RzDataBase* top, int64_t indent, Pass& pass) {
+    struct Level {
+        const RzDataBase* db;
+        int32_t next;
+        int64_t tabs;
+    };
+    std::vector<Level> open{{top, 0, indent}};
+    while (!open.empty()) {
+        Level& level = open.back();
+        const RzList<RzDBData>& entries = RzDataBaseWriter::Entries(level.db);
+        if (level.next >= entries.count) {
+            open.pop_back();
+            if (!open.empty()) pass.Close(open.back().tabs);
+            continue;
+        }
+        const RzDBData& entry = entries[level.next++];
+        const int64_t tabs = level.tabs;
+        pass.Entry(entry, tabs);
+        if (const RzDataBase* sub = entry.GetDB()) {
+            pass.Open(tabs);
+            open.push_back(Level{sub, 0, tabs + 1});
+        }
+    }
+}
+
+int64_t Tabs(int64_t tabs) {
+    return tabs > 0 ? tabs : 0;
+}
+
+// The first pass: the exact size. Raises std::bad_alloc as soon as the text
+// would exceed the largest string.
+struct SizePass {
+    bool protectedForm;
+    int64_t size;
+
+    void Add(int64_t n) {
+        size += n;
+        if (size > kRzStringMaxCapacity) throw std::bad_alloc();
+    }
+    void AddWord(const RzString& s, bool quoteEmpty) {
+        const Word w = Classify(s, protectedForm, quoteEmpty);
+        Add(static_cast<int64_t>(w.quoted ? QuotedSize(w) : w.n));
+    }
+    void Entry(const RzDBData& entry, int64_t tabs) {
+        // Tabs, "<", " = ", ">" and the line end.
+        Add(Tabs(tabs) + (protectedForm ? 6 : 4));
+        AddWord(RzDataBaseWriter::Key(entry), true);
+        AddWord(RzDataBaseWriter::Value(entry), false);
+    }
+    void Open(int64_t tabs) { Add(Tabs(tabs) + 2); }
+    void Close(int64_t tabs) { Add(Tabs(tabs) + 2); }
+};
+
+// The second pass: writes into a buffer of the size the first pass found.
+struct WritePass {
+    bool protectedForm;
+    char* out;
+
+    void Put(const char* s, size_t n) {
+        memcpy(out, s, n);
+        out += n;
+    }
+    void PutTabs(int64_t tabs) {
+        const size_t n = static_cast<size_t>(Tabs(tabs));
+        memset(out, '\t', n);
+        out += n;
+    }
+    void PutWord(const RzString& s, bool quoteEmpty) {
+        const Word w = Classify(s, protectedForm, quoteEmpty);
+        if (!w.quoted) {
+            Put(w.p, w.n);
+            return;
+        }
+        *out++ = '"';
+        size_t i = 0;
+        // Eight bytes at a time while none of them needs a backslash.
+        for (; i + 8 <= w.n; i += 8) {
+            uint64_t word;
+            memcpy(&word, w.p + i, 8);
+            if (HasByte(word, '"') || HasByte(word, '\\')) break;
+            memcpy(out, &word, 8);
+            out += 8;
+        }
+        for (; i < w.n; ++i) {
+            if (kBytes.of[static_cast<unsigned char>(w.p[i])] & kEscaped) *out++ = '\\';
+            *out++ = w.p[i];
+        }
+        *out++ = '"';
+    }
+    void Entry(const RzDBData& entry, int64_t tabs) {
+        PutTabs(tabs);
+        if (protectedForm) *out++ = '<';
+        PutWord(RzDataBaseWriter::Key(entry), true);
+        Put(" = ", 3);
+        PutWord(RzDataBaseWriter::Value(entry), false);
+        if (protectedForm) *out++ = '>';
+        *out++ = '\n';
+    }
+    void Open(int64_t tabs) {
+        PutTabs(tabs);
+        Put("{\n", 2);
+    }
+    void Close(int64_t tabs) {
+        PutTabs(tabs);
+        Put("}\n", 2);
+    }
+};
+
+// The text of db with its levels indented from `indent` on, between `before`
+// and `after`.
+RzString WriteText(const RzDataBase* db, int64_t indent, bool protectedForm, const char* before,
+                   const char* after) {
+    const size_t nBefore = strlen(before), nAfter = strlen(after);
+    SizePass size{protectedForm, static_cast<int64_t>(nBefore + nAfter)};
+    Walk(db, indent, size);
+    if (size.size == 0) return RzString();
+    RzStringData* buffer = RzNewTextBuffer(size.size);
+    WritePass write{protectedForm, buffer->chars};
+    write.Put(before, nBefore);
+    try {
+        Walk(db, indent, write);
+    } catch (...) {
+        RzString release(buffer);
+        throw;
+    }
+    write.Put(after, nAfter);
+    return RzFinishText(buffer, static_cast<int32_t>(size.size), true);
+}
+
+}  // namespace
+
 RzString RzDataBase::DB2String(int indent) const {
-    RzDataBaseWriter writer(mSaveControlChars);
-    writer.Level(this, indent);
-    return writer.Take();
+    return WriteText(this, indent, mSaveControlChars, "", "");
 }
 
 RzString RzDataBase::WriteToString() const {
     if (!mSaveControlChars) return DB2String(0);
-    RzDataBaseWriter writer(true);
-    writer.Put("{\n", 2);
-    writer.Level(this, 1);
-    writer.Put("}\n", 2);
-    return writer.Take();
+    return WriteText(this, 1, true, "{\n", "}\n");
 }

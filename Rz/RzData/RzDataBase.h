@@ -171,6 +171,9 @@ private:
     // A hash index over the keys of a large level, built on the first lookup
     // and dropped whenever entries are removed (see RzDataBase.cpp).
     mutable struct RzDataBaseKeyIndex* keyIndex;
+    // The next database waiting to be destroyed while a tree is released
+    // (see ~RzDataBase).
+    RzDataBase* nextReleased;
 };
 
 #endif
