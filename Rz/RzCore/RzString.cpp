@@ -46,6 +46,7 @@ RzStringData* AllocateStringData(int64_t capacity, bool isBinary, int64_t room =
     d->lengthIsCounted = false;
     d->hasRoom = spare;
     d->appendable = false;
+    d->inSlab = false;
     d->chars[capacity] = 0;
     if (spare) StoreRoom(d, static_cast<int32_t>(room));
     return d;
@@ -143,7 +144,7 @@ RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n) {
             const uintptr_t at = reinterpret_cast<uintptr_t>(source);
             if (at >= from && at <= from + static_cast<uintptr_t>(room))
                 source = grown->chars + (at - from);
-            ::operator delete(data);
+            FreeStringData(data);
             data = grown;
         }
     }
@@ -155,6 +156,79 @@ RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n) {
         data->appendable = false;
     }
     return data;
+}
+
+// --- Buffers made in bulk ----------------------------------------------------
+//
+// A slab hands out text buffers from blocks of up to kSlabBlock bytes, each
+// taken with the global operator new. In a block every buffer is preceded by
+// its distance from the block's start (4 bytes), and the block starts with
+// the number of its buffers still alive, plus one while the slab may still
+// add to it. The block is freed when that number reaches 0.
+
+namespace {
+
+const size_t kSlabBlock = 256 * 1024;
+const size_t kSlabOffset = sizeof(uint32_t);  // in front of each buffer
+
+struct SlabBlock {
+    int64_t alive;
+};
+
+void ReleaseBlock(SlabBlock* block) {
+    if (--block->alive == 0) ::operator delete(block);
+}
+
+}  // namespace
+
+void FreeStringData(RzStringData* d) {
+    if (!d->inSlab) {
+        ::operator delete(d);
+        return;
+    }
+    uint32_t offset;
+    memcpy(&offset, reinterpret_cast<char*>(d) - kSlabOffset, sizeof offset);
+    ReleaseBlock(reinterpret_cast<SlabBlock*>(reinterpret_cast<char*>(d) - offset));
+}
+
+RzStringSlab::RzStringSlab(size_t expected) : block(nullptr), next(nullptr), end(nullptr) {
+    firstSize = expected < kSlabBlock ? (expected < 256 ? 256 : expected) : kSlabBlock;
+}
+
+RzStringSlab::~RzStringSlab() {
+    if (block) ReleaseBlock(static_cast<SlabBlock*>(block));
+}
+
+RzStringData* RzStringSlab::NewText(int64_t capacity) {
+    // Header, characters and terminator, behind the offset; 4-byte aligned.
+    const size_t bytes =
+        (kSlabOffset + kRzStringHeaderSize + static_cast<size_t>(capacity) + 1 + 3) & ~size_t(3);
+    if (capacity > kRzStringMaxCapacity || bytes > kSlabBlock / 8) return RzNewTextBuffer(capacity);
+    if (static_cast<size_t>(end - next) < bytes) {
+        const size_t size = block ? kSlabBlock : firstSize < bytes * 2 ? bytes * 2 : firstSize;
+        char* fresh = static_cast<char*>(::operator new(size));
+        if (block) ReleaseBlock(static_cast<SlabBlock*>(block));
+        static_cast<SlabBlock*>(static_cast<void*>(fresh))->alive = 1;
+        block = fresh;
+        next = fresh + ((sizeof(SlabBlock) + 3) & ~size_t(3));
+        end = fresh + size;
+    }
+    const uint32_t offset = static_cast<uint32_t>(next + kSlabOffset - static_cast<char*>(block));
+    memcpy(next, &offset, sizeof offset);
+    RzStringData* d = reinterpret_cast<RzStringData*>(next + kSlabOffset);
+    next += bytes;
+    ++static_cast<SlabBlock*>(block)->alive;
+    d->refCount = 1;
+    d->capacity = static_cast<int32_t>(capacity);
+    d->length = 0;
+    d->isBinary = false;
+    d->lengthIsCounted = true;
+    d->hasRoom = false;
+    d->appendable = false;
+    d->inSlab = true;
+    d->chars[0] = 0;
+    d->chars[capacity] = 0;
+    return d;
 }
 
 RzStringData* RzNewTextBuffer(int64_t capacity) {

@@ -228,6 +228,9 @@ void RzDataBase::Append(RzDBData&& entry) {
 
 RzDataBase::RzDataBase() : keyIndex(nullptr), nextReleased(nullptr) {}
 
+RzDataBase::RzDataBase(int32_t capacity)
+    : entries(capacity), keyIndex(nullptr), nextReleased(nullptr) {}
+
 RzDataBase::RzDataBase(const RzDataBase& other)
     : RzObject(other), keyIndex(nullptr), nextReleased(nullptr) {
     MergeDB(&other, true);
@@ -482,10 +485,15 @@ char RzDataBase::GetNextChar(const RzString& text, int32_t& pos) {
 }
 
 // Reads the entries of a text into a database, level by level, without
-// recursion (so that deep nesting cannot exhaust the stack). The entry reader
-// is the only part that differs between the two uses: RzDBData::SetString in
-// general, and a reader that scans the characters directly (with identical
-// results) for texts without zero bytes, which are all texts the writer makes.
+// recursion (so that deep nesting cannot exhaust the stack). Entries of the
+// top level are appended as they are read; those of a sub-database wait in
+// one stack until its closing brace, and then move into a level made with
+// room for exactly them.
+//
+// The entry reader is the only part that differs between texts:
+// RzDBData::SetString in general, and for texts without zero bytes (all texts
+// the writer makes) a reader that scans the characters directly and makes the
+// keys and values in bulk, with identical results, capacities included.
 class RzDataBaseReader {
 public:
     RzDataBaseReader(const RzString& text_, int32_t& pos_)
@@ -493,46 +501,53 @@ public:
           pos(pos_),
           p(text_.c_str()),
           n(text_.length()),
-          fast(n <= pos || !memchr(p + pos, 0, static_cast<size_t>(n - pos))) {}
+          fast(n <= pos || !memchr(p + pos, 0, static_cast<size_t>(n - pos))),
+          slab(fast && n > pos ? static_cast<size_t>(n - pos) : 0) {}
 
     void Read(RzDataBase* top) {
-        std::vector<RzDataBase*> open;  // sub-databases being read, innermost last
-        try {
-            RzDataBase* level = top;
-            for (;;) {
-                const char c = RzDataBase::GetNextChar(text, pos);
-                if (c == 0 || c == '}') {
-                    if (open.empty()) return;
-                    // A sub-database is complete (the end of the text closes
-                    // every open one in turn): it goes to the last entry read
-                    // so far in the level around it. Without one the index
-                    // raises, and the catch below releases what is open.
-                    RzDataBase* outer = open.size() > 1 ? open[open.size() - 2] : top;
-                    RzDBData& owner = outer->entries[outer->entries.count - 1];
-                    owner.SetDB(open.back(), true);
-                    open.pop_back();
-                    level = outer;
-                    continue;
-                }
-                if (c == '{') {
-                    open.push_back(new RzDataBase);
-                    level = open.back();
-                    continue;
-                }
-                RzDBData entry;
-                if (c != '<') --pos;
-                ReadEntry(entry);
-                level->Append(std::move(entry));
-                if (c == '<' && RzDataBase::GetNextChar(text, pos) != '>')
-                    RZ_RAISE_AT(kRzFormatErr, kRzLineProtectedEntryOpen);
+        std::vector<RzDBData> waiting;  // entries of the open sub-databases
+        std::vector<size_t> starts;     // where each open one's entries begin
+        for (;;) {
+            const char c = RzDataBase::GetNextChar(text, pos);
+            if (c == 0 || c == '}') {
+                // The end of the text closes every open sub-database in turn.
+                if (starts.empty()) return;
+                const size_t start = starts.back();
+                starts.pop_back();
+                // It goes to the last entry read so far in the level around it;
+                // without one, indexing that level raises.
+                RzDBData& owner = starts.empty()          ? Last(top->entries)
+                                  : start > starts.back() ? waiting[start - 1]
+                                                          : Last(RzList<RzDBData>(0));
+                const int32_t count = static_cast<int32_t>(waiting.size() - start);
+                RzDataBase* sub = new RzDataBase(count);
+                for (size_t i = start; i < waiting.size(); ++i)
+                    sub->entries.AddBack(std::move(waiting[i]));
+                waiting.resize(start);
+                owner.SetDB(sub, true);
+                continue;
             }
-        } catch (...) {
-            for (RzDataBase* db : open) db->Delete();
-            throw;
+            if (c == '{') {
+                starts.push_back(waiting.size());
+                continue;
+            }
+            RzDBData entry;
+            if (c != '<') --pos;
+            ReadEntry(entry);
+            if (starts.empty()) {
+                top->Append(std::move(entry));
+            } else {
+                waiting.push_back(std::move(entry));
+            }
+            if (c == '<' && RzDataBase::GetNextChar(text, pos) != '>')
+                RZ_RAISE_AT(kRzFormatErr, kRzLineProtectedEntryOpen);
         }
     }
 
 private:
+    static RzDBData& Last(RzList<RzDBData>&& level) { return level[level.count - 1]; }
+    static RzDBData& Last(RzList<RzDBData>& level) { return level[level.count - 1]; }
+
     void ReadEntry(RzDBData& entry) {
         if (!fast) {
             entry.SetString(text, pos);
@@ -555,12 +570,20 @@ private:
         // The rest of the line, blanks included; the line end is consumed.
         const int32_t from = pos;
         while (pos < n && !IsLineEnd(p[pos])) ++pos;
-        entry.value = RzString(p + from, pos - from, false);
+        entry.value = Word(p + from, pos - from);
         if (pos < n) ++pos;
     }
 
     void SkipSeparators() {
         while (pos < n && IsBlank(p[pos])) ++pos;
+    }
+
+    // A word as reading it character by character makes it: capacity 10,
+    // grown by half as it fills.
+    RzString Word(const char* from, int32_t length) {
+        RzStringData* d = slab.NewText(RzStringCapacityAfterChars(10, length));
+        memcpy(d->chars, from, static_cast<size_t>(length));
+        return RzFinishText(d, length, true);
     }
 
     // A word up to the next blank, or a quoted word, unquoted.
@@ -570,7 +593,7 @@ private:
         const int32_t start = pos;
         if (p[pos] != '"') {
             while (pos < n && !IsBlank(p[pos])) ++pos;
-            RzString word(p + start, pos - start, false);
+            RzString word = Word(p + start, pos - start);
             if (pos < n) ++pos;
             return word;
         }
@@ -588,23 +611,21 @@ private:
             }
         }
         const int32_t length = pos - start;
-        if (length < 1 || p[pos - 1] != '"') {
+        if (length < 2 || p[pos - 1] != '"') {
             // Not closed: let the string's own unquoting raise the error.
             return RzString(p + start, length, false).UnQuoteString();
         }
-        // The content between the quotes, with \" and \\ resolved.
-        RzString word(length, false);
-        char* out = word.Get(nullptr);
+        // The content between the quotes, with \" and \\ resolved, in a buffer
+        // as large as the content with its backslashes, as unquoting makes it.
+        RzStringData* d = slab.NewText(length - 2);
+        char* out = d->chars;
         int32_t written = 0;
         const int32_t last = pos - 1;  // the closing quote
         for (int32_t i = start + 1; i < last; ++i) {
             if (p[i] == '\\' && i + 1 < last && (p[i + 1] == '"' || p[i + 1] == '\\')) ++i;
             out[written++] = p[i];
         }
-        if (written == 0) return RzString("");
-        out[written] = 0;
-        word.SetLength(written);
-        return word;
+        return RzFinishText(d, written, true);
     }
 
     const RzString& text;
@@ -612,6 +633,7 @@ private:
     const char* p;
     const int32_t n;
     const bool fast;
+    RzStringSlab slab;
 };
 
 void RzDataBase::String2DB(const RzString& text, int32_t& pos) {

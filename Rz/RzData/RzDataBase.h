@@ -158,6 +158,8 @@ public:
 private:
     friend class RzDataBaseReader;
     friend class RzDataBaseWriter;
+    // Empty, with room for `capacity` entries.
+    explicit RzDataBase(int32_t capacity);
     // Index of the first entry whose key equals the text p[0, n) (up to its
     // first zero byte), or -1.
     int FindKey(const char* p, size_t n) const;

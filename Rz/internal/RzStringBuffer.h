@@ -52,6 +52,31 @@ inline int RzFoldedValue(char c) {
 // to RzFinishText.
 RzStringData* RzNewTextBuffer(int64_t capacity);
 
+// Text buffers made in bulk, for a reader that makes many small strings at
+// once: they share blocks taken with the global operator new, which saves an
+// allocation per string and keeps them close together. A block is freed when
+// its last buffer is, so one string kept alive keeps its block (at most 256 KB)
+// alive. The buffers behave as any other; the slab itself may go first.
+class RzStringSlab {
+public:
+    // `expected`: about how many bytes the strings will take in all, so that
+    // a small text does not take a large block.
+    explicit RzStringSlab(size_t expected);
+    ~RzStringSlab();
+    RzStringSlab(const RzStringSlab&) = delete;
+    RzStringSlab& operator=(const RzStringSlab&) = delete;
+
+    // As RzNewTextBuffer: an empty text buffer of exactly `capacity`; large
+    // ones are made alone.
+    RzStringData* NewText(int64_t capacity);
+
+private:
+    void* block;  // the block being filled
+    char* next;
+    char* end;
+    size_t firstSize;
+};
+
 // Completes a buffer from RzNewTextBuffer that holds n characters: sets the
 // length and the terminator. `noZeroByte` tells that the n characters hold
 // no zero byte, so that the length never has to be counted.
