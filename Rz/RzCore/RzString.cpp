@@ -10,6 +10,7 @@
 
 #include <Rz/Mac/RzByteOrder.h>
 #include <Rz/RzCore/RzError.h>
+#include <Rz/internal/RzOS.h>
 #include <Rz/internal/RzRaise.h>
 #include <Rz/internal/RzStringBuffer.h>
 
@@ -173,10 +174,15 @@ const size_t kSlabOffset = sizeof(uint32_t);  // in front of each buffer
 
 struct SlabBlock {
     int64_t alive;
+    size_t alignment;  // of a block in large pages, else 0
 };
 
 void ReleaseBlock(SlabBlock* block) {
-    if (--block->alive == 0) ::operator delete(block);
+    if (--block->alive != 0) return;
+    if (block->alignment)
+        ::operator delete(block, std::align_val_t(block->alignment));
+    else
+        ::operator delete(block);
 }
 
 }  // namespace
@@ -191,8 +197,17 @@ void FreeStringData(RzStringData* d) {
     ReleaseBlock(reinterpret_cast<SlabBlock*>(reinterpret_cast<char*>(d) - offset));
 }
 
-RzStringSlab::RzStringSlab(size_t expected) : block(nullptr), next(nullptr), end(nullptr) {
-    firstSize = expected < kSlabBlock ? (expected < 256 ? 256 : expected) : kSlabBlock;
+RzStringSlab::RzStringSlab(size_t expected)
+    : block(nullptr), next(nullptr), end(nullptr), blockSize(kSlabBlock), largePages(false) {
+    // Megabytes of strings go into blocks of one large page each, when the
+    // system has them; a small text gets one block of about its size.
+    const size_t page = RzOSLargePageSize();
+    if (page && expected >= 2 * page) {
+        blockSize = page;
+        largePages = true;
+    } else if (expected < kSlabBlock) {
+        blockSize = expected < 256 ? 256 : expected;
+    }
 }
 
 RzStringSlab::~RzStringSlab() {
@@ -204,15 +219,7 @@ RzStringData* RzStringSlab::NewText(int64_t capacity) {
     const size_t bytes =
         (kSlabOffset + kRzStringHeaderSize + static_cast<size_t>(capacity) + 1 + 3) & ~size_t(3);
     if (capacity > kRzStringMaxCapacity || bytes > kSlabBlock / 8) return RzNewTextBuffer(capacity);
-    if (static_cast<size_t>(end - next) < bytes) {
-        const size_t size = block ? kSlabBlock : firstSize < bytes * 2 ? bytes * 2 : firstSize;
-        char* fresh = static_cast<char*>(::operator new(size));
-        if (block) ReleaseBlock(static_cast<SlabBlock*>(block));
-        static_cast<SlabBlock*>(static_cast<void*>(fresh))->alive = 1;
-        block = fresh;
-        next = fresh + ((sizeof(SlabBlock) + 3) & ~size_t(3));
-        end = fresh + size;
-    }
+    if (static_cast<size_t>(end - next) < bytes) NewBlock(bytes);
     const uint32_t offset = static_cast<uint32_t>(next + kSlabOffset - static_cast<char*>(block));
     memcpy(next, &offset, sizeof offset);
     RzStringData* d = reinterpret_cast<RzStringData*>(next + kSlabOffset);
@@ -229,6 +236,20 @@ RzStringData* RzStringSlab::NewText(int64_t capacity) {
     d->chars[0] = 0;
     d->chars[capacity] = 0;
     return d;
+}
+
+void RzStringSlab::NewBlock(size_t bytes) {
+    const size_t size = blockSize < bytes + sizeof(SlabBlock) + 4 ? 2 * bytes + 64 : blockSize;
+    const bool aligned = largePages && size == blockSize;
+    void* fresh = aligned ? ::operator new(size, std::align_val_t(size)) : ::operator new(size);
+    if (aligned) RzOSPreferLargePages(fresh, size);
+    SlabBlock* header = static_cast<SlabBlock*>(fresh);
+    header->alive = 1;  // the slab's own hold, until it moves on
+    header->alignment = aligned ? size : 0;
+    if (block) ReleaseBlock(static_cast<SlabBlock*>(block));
+    block = fresh;
+    next = static_cast<char*>(fresh) + ((sizeof(SlabBlock) + 3) & ~size_t(3));
+    end = static_cast<char*>(fresh) + size;
 }
 
 RzStringData* RzNewTextBuffer(int64_t capacity) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <Rz/RzCore/RzError.h>
+#include <Rz/internal/RzOS.h>
 #include <Rz/internal/RzRaise.h>
 #include <Rz/internal/RzStringBuffer.h>
 
@@ -25,7 +26,8 @@ namespace {
 
 // What the writer needs to know of each byte: whether it makes a key or
 // value quoted, whether quoting escapes it, and the zero byte.
-enum : unsigned char { kTriggersQuotes = 1, kZero = 2, kEscaped = 4 };
+// The reader's separators (blank, tab, CR, LF and the zero byte) are kBlank.
+enum : unsigned char { kTriggersQuotes = 1, kZero = 2, kEscaped = 4, kBlank = 8 };
 struct ByteClasses {
     unsigned char of[256] = {};
     ByteClasses() {
@@ -34,6 +36,8 @@ struct ByteClasses {
         of[static_cast<unsigned char>('"')] |= kEscaped;
         of[static_cast<unsigned char>('\\')] |= kEscaped;
         of[0] |= kZero | kEscaped;
+        for (const char* c = " \t\r\n"; *c; ++c) of[static_cast<unsigned char>(*c)] |= kBlank;
+        of[0] |= kBlank;
     }
 };
 const ByteClasses kBytes;
@@ -47,7 +51,7 @@ bool NeedsQuotes(const RzString& s) {
 }
 
 bool IsBlank(char c) {
-    return c == ' ' || c == '\t' || c == 0 || c == '\r' || c == '\n';
+    return kBytes.of[static_cast<unsigned char>(c)] & kBlank;
 }
 bool IsLineEnd(char c) {
     return c == '\r' || c == '\n';
@@ -504,6 +508,10 @@ public:
           fast(n <= pos || !memchr(p + pos, 0, static_cast<size_t>(n - pos))),
           slab(fast && n > pos ? static_cast<size_t>(n - pos) : 0) {}
 
+    ~RzDataBaseReader() {
+        for (RzStringData*& d : recentKeys) RzString release(d);
+    }
+
     void Read(RzDataBase* top) {
         std::vector<RzDBData> waiting;  // entries of the open sub-databases
         std::vector<size_t> starts;     // where each open one's entries begin
@@ -531,13 +539,15 @@ public:
                 starts.push_back(waiting.size());
                 continue;
             }
-            RzDBData entry;
             if (c != '<') --pos;
-            ReadEntry(entry);
             if (starts.empty()) {
+                RzDBData entry;
+                ReadEntry(entry);
                 top->Append(std::move(entry));
             } else {
-                waiting.push_back(std::move(entry));
+                // Read in place: on an error everything waiting is dropped.
+                waiting.emplace_back();
+                ReadEntry(waiting.back());
             }
             if (c == '<' && RzDataBase::GetNextChar(text, pos) != '>')
                 RZ_RAISE_AT(kRzFormatErr, kRzLineProtectedEntryOpen);
@@ -553,7 +563,7 @@ private:
             entry.SetString(text, pos);
             return;
         }
-        entry.key = ReadKeyOrValueWord();
+        entry.key = ReadKeyOrValueWord(true);
         SkipSeparators();
         const int32_t start = pos;
         while (pos < n && !IsBlank(p[pos])) ++pos;
@@ -564,12 +574,14 @@ private:
         while (pos < n && (p[pos] == ' ' || p[pos] == '\t')) ++pos;
         if (pos >= n || IsLineEnd(p[pos])) return;
         if (p[pos] == '"') {
-            entry.value = ReadKeyOrValueWord();
+            entry.value = ReadKeyOrValueWord(false);
             return;
         }
         // The rest of the line, blanks included; the line end is consumed.
         const int32_t from = pos;
-        while (pos < n && !IsLineEnd(p[pos])) ++pos;
+        const void* lf = memchr(p + pos, '\n', static_cast<size_t>(n - pos));
+        const int32_t lineEnd = lf ? static_cast<int32_t>(static_cast<const char*>(lf) - p) : n;
+        while (pos < lineEnd && p[pos] != '\r') ++pos;
         entry.value = Word(p + from, pos - from);
         if (pos < n) ++pos;
     }
@@ -580,20 +592,44 @@ private:
 
     // A word as reading it character by character makes it: capacity 10,
     // grown by half as it fills.
-    RzString Word(const char* from, int32_t length) {
+    RzString Word(const char* from, int32_t length, RzStringData** made = nullptr) {
         RzStringData* d = slab.NewText(RzStringCapacityAfterChars(10, length));
+        if (made) *made = d;
         memcpy(d->chars, from, static_cast<size_t>(length));
         return RzFinishText(d, length, true);
     }
 
+    // A key written bare as one read recently: the same word shares its
+    // buffer, as copies of a string do (settings repeat their keys from one
+    // level to the next). Otherwise a new word, remembered.
+    RzString Key(const char* from, int32_t length) {
+        uint64_t head = 0, tail = 0;
+        memcpy(&head, from, length < 8 ? static_cast<size_t>(length) : 8);
+        if (length > 8) memcpy(&tail, from + length - 8, 8);
+        // Multiplied, the high bits depend on every byte.
+        const uint64_t h = ((head ^ static_cast<uint64_t>(length)) * 0x9E3779B97F4A7C15ull + tail) *
+                           0xC2B2AE3D27D4EB4Full;
+        RzStringData*& slot = recentKeys[h >> (64 - kRecentKeyBits)];
+        if (slot && slot->length == length && memcmp(slot->chars, from, length) == 0) {
+            ++slot->refCount;
+            return RzString(slot);
+        }
+        RzStringData* d = nullptr;
+        RzString word = Word(from, length, &d);
+        RzString release(slot);
+        slot = d;
+        ++slot->refCount;
+        return word;
+    }
+
     // A word up to the next blank, or a quoted word, unquoted.
-    RzString ReadKeyOrValueWord() {
+    RzString ReadKeyOrValueWord(bool key) {
         SkipSeparators();
         if (pos >= n) return RzString();
         const int32_t start = pos;
         if (p[pos] != '"') {
             while (pos < n && !IsBlank(p[pos])) ++pos;
-            RzString word = Word(p + start, pos - start);
+            RzString word = key ? Key(p + start, pos - start) : Word(p + start, pos - start);
             if (pos < n) ++pos;
             return word;
         }
@@ -634,6 +670,8 @@ private:
     const int32_t n;
     const bool fast;
     RzStringSlab slab;
+    static const int kRecentKeyBits = 9;
+    RzStringData* recentKeys[1 << kRecentKeyBits] = {};  // each holds one reference
 };
 
 void RzDataBase::String2DB(const RzString& text, int32_t& pos) {
@@ -679,26 +717,46 @@ struct Word {
     bool quoted;
 };
 
-Word Classify(const RzString& s, bool protectedForm, bool quoteEmpty) {
-    const char* p = s.c_str();
-    const int32_t length = s.length();
-    unsigned char seen = protectedForm ? kTriggersQuotes : 0;
-    if (!protectedForm)
-        for (int32_t i = 0; i < length; ++i) seen |= kBytes.of[static_cast<unsigned char>(p[i])];
-    const size_t n = (seen & kZero) ? strlen(p) : static_cast<size_t>(length);
-    return Word{p, n, (seen & kTriggersQuotes) || (quoteEmpty && length == 0)};
-}
-
-size_t QuotedSize(const Word& w) {
-    size_t escapes = 0;
-    for (size_t i = 0; i < w.n; ++i)
-        escapes += (kBytes.of[static_cast<unsigned char>(w.p[i])] & kEscaped) != 0;
-    return w.n + escapes + 2;
-}
-
 bool HasByte(uint64_t word, unsigned char c) {
     const uint64_t x = word ^ (0x0101010101010101ull * c);
     return ((x - 0x0101010101010101ull) & ~x & 0x8080808080808080ull) != 0;
+}
+
+// Whether any of the eight bytes is below '#': the bytes that make a word
+// quoted (blank, tab, CR, LF, '"') and the zero byte are all among them.
+bool HasByteBelowHash(uint64_t word) {
+    return ((word - 0x0101010101010101ull * '#') & ~word & 0x8080808080808080ull) != 0;
+}
+
+Word Classify(const RzString& s, bool protectedForm, bool quoteEmpty) {
+    const char* p = s.c_str();
+    const size_t length = static_cast<size_t>(s.length());
+    Word w{p, length, protectedForm || (quoteEmpty && length == 0)};
+    unsigned char seen = 0;
+    if (!protectedForm) {
+        size_t i = 0;
+        for (uint64_t word; i + 8 <= length; i += 8) {
+            memcpy(&word, p + i, 8);
+            if (HasByteBelowHash(word)) break;
+        }
+        for (; i < length && !(seen & kTriggersQuotes); ++i)
+            seen |= kBytes.of[static_cast<unsigned char>(p[i])];
+        w.quoted |= (seen & kTriggersQuotes) != 0;
+    }
+    if ((seen & kZero) || (w.quoted && memchr(p, 0, length))) w.n = strlen(p);
+    return w;
+}
+
+size_t QuotedSize(const Word& w) {
+    size_t escapes = 0, i = 0;
+    for (uint64_t word; i + 8 <= w.n; i += 8) {
+        memcpy(&word, w.p + i, 8);
+        if (!HasByte(word, '"') && !HasByte(word, '\\')) continue;
+        for (size_t j = i; j < i + 8; ++j)
+            escapes += (kBytes.of[static_cast<unsigned char>(w.p[j])] & kEscaped) != 0;
+    }
+    for (; i < w.n; ++i) escapes += (kBytes.of[static_cast<unsigned char>(w.p[i])] & kEscaped) != 0;
+    return w.n + escapes + 2;
 }
 
 // The walk both passes share: for each entry in text order Entry(entry,
@@ -822,6 +880,9 @@ RzString WriteText(const RzDataBase* db, int64_t indent, bool protectedForm, con
     Walk(db, indent, size);
     if (size.size == 0) return RzString();
     RzStringData* buffer = RzNewTextBuffer(size.size);
+    // Megabytes of text: fill them with a few page faults, not thousands.
+    if (static_cast<size_t>(size.size) >= 2 * RzOSLargePageSize() && RzOSLargePageSize())
+        RzOSPreferLargePages(buffer->chars, static_cast<size_t>(size.size));
     WritePass write{protectedForm, buffer->chars};
     write.Put(before, nBefore);
     try {

@@ -55,8 +55,10 @@ RzStringData* RzNewTextBuffer(int64_t capacity);
 // Text buffers made in bulk, for a reader that makes many small strings at
 // once: they share blocks taken with the global operator new, which saves an
 // allocation per string and keeps them close together. A block is freed when
-// its last buffer is, so one string kept alive keeps its block (at most 256 KB)
-// alive. The buffers behave as any other; the slab itself may go first.
+// its last buffer is, so one string kept alive keeps its block (256 KB)
+// alive (2 MB for a slab of megabytes, whose blocks are large pages where the
+// system has them). The buffers behave as any other; the slab itself may go
+// first.
 class RzStringSlab {
 public:
     // `expected`: about how many bytes the strings will take in all, so that
@@ -71,10 +73,13 @@ public:
     RzStringData* NewText(int64_t capacity);
 
 private:
+    void NewBlock(size_t bytes);
+
     void* block;  // the block being filled
     char* next;
     char* end;
-    size_t firstSize;
+    size_t blockSize;
+    bool largePages;
 };
 
 // Completes a buffer from RzNewTextBuffer that holds n characters: sets the
