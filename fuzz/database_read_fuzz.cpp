@@ -14,7 +14,7 @@
 
 #include <Rz/RzData/RzDataBase.h>
 
-#include "support/DataBaseSupport.h"
+#include "DataBaseFuzzSupport.h"
 
 namespace {
 

@@ -16,7 +16,7 @@
 
 #include <Rz/RzData/RzDataBase.h>
 
-#include "support/DataBaseSupport.h"
+#include "DataBaseFuzzSupport.h"
 
 namespace {
 
@@ -52,7 +52,10 @@ void CheckRoundTrip(const RzDataBase& db, bool protectedForm) {
     RzDataBase back;
     back.ReadFromString(text);
     RzDataBase::SaveControlChars(saved);
-    if (rztest::Dump(back) != rztest::Dump(db)) abort();
+    const std::string dump = rztest::Dump(db);
+    std::string literal;
+    rztest::ReferenceRead(literal, text);
+    if (rztest::Dump(back) != dump || literal != dump) abort();
 }
 
 }  // namespace
