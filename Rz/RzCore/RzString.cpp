@@ -10,15 +10,13 @@
 
 #include <Rz/Mac/RzByteOrder.h>
 #include <Rz/RzCore/RzError.h>
+#include <Rz/internal/RzOS.h>
 #include <Rz/internal/RzRaise.h>
+#include <Rz/internal/RzStringBuffer.h>
 
 static const char kRzUnit[] = "RzString";
 
 namespace {
-
-const size_t kHeaderSize = offsetof(RzStringData, chars);
-
-const int64_t kMaxRoom = INT32_MAX - static_cast<int64_t>(kHeaderSize) - 1 - 4;
 
 // The character bytes a block holds; with spare room it is stored, as an
 // unaligned 32-bit number, right behind the terminator.
@@ -36,10 +34,10 @@ void StoreRoom(RzStringData* d, int32_t room) {
 // A buffer of the given capacity (and at least that much room) with only the
 // header and terminator set.
 RzStringData* AllocateStringData(int64_t capacity, bool isBinary, int64_t room = 0) {
-    if (capacity > kMaxRoom) throw std::bad_alloc();
-    if (room > kMaxRoom) room = kMaxRoom;
+    if (capacity > kRzStringMaxCapacity) throw std::bad_alloc();
+    if (room > kRzStringMaxCapacity) room = kRzStringMaxCapacity;
     const bool spare = room > capacity;
-    const size_t bytes = kHeaderSize + static_cast<size_t>(spare ? room : capacity) + 1 +
+    const size_t bytes = kRzStringHeaderSize + static_cast<size_t>(spare ? room : capacity) + 1 +
                          (spare ? sizeof(int32_t) : 0);
     RzStringData* d = static_cast<RzStringData*>(::operator new(bytes));
     d->refCount = 1;
@@ -49,6 +47,7 @@ RzStringData* AllocateStringData(int64_t capacity, bool isBinary, int64_t room =
     d->lengthIsCounted = false;
     d->hasRoom = spare;
     d->appendable = false;
+    d->inSlab = false;
     d->chars[capacity] = 0;
     if (spare) StoreRoom(d, static_cast<int32_t>(room));
     return d;
@@ -65,11 +64,6 @@ RzStringData* CopyStringData(const char* source, int32_t n, bool isBinary, bool 
     d->length = n;
     d->lengthIsCounted = counted && !isBinary;
     return d;
-}
-
-int Fold(char c) {
-    int v = static_cast<signed char>(c);
-    return (v >= 'A' && v <= 'Z') ? v + 32 : v;
 }
 
 // vsnprintf into a string, however long the result.
@@ -130,11 +124,8 @@ RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n) {
         data->lengthIsCounted = true;
     }
     const bool addsZero = source && HasZeroByte(source, n);
-    int64_t needed = static_cast<int64_t>(data->length) + n;
+    const int64_t needed = RzStringGrownCapacity(data->capacity, int64_t(data->length) + n);
     if (needed > data->capacity) {
-        if (2 * needed < 3 * static_cast<int64_t>(data->capacity))
-            needed = 3 * static_cast<int64_t>(data->capacity) / 2;
-        if (needed < 10) needed = 10;
         const int32_t room = RoomOf(data);
         if (needed <= room) {
             // The block already has the room: only the capacity moves.
@@ -154,7 +145,7 @@ RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n) {
             const uintptr_t at = reinterpret_cast<uintptr_t>(source);
             if (at >= from && at <= from + static_cast<uintptr_t>(room))
                 source = grown->chars + (at - from);
-            ::operator delete(data);
+            FreeStringData(data);
             data = grown;
         }
     }
@@ -166,6 +157,106 @@ RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n) {
         data->appendable = false;
     }
     return data;
+}
+
+// --- Buffers made in bulk ----------------------------------------------------
+//
+// A slab hands out text buffers from blocks of up to kSlabBlock bytes, each
+// taken with the global operator new. In a block every buffer is preceded by
+// its distance from the block's start (4 bytes), and the block starts with
+// the number of its buffers still alive, plus one while the slab may still
+// add to it. The block is freed when that number reaches 0.
+
+namespace {
+
+const size_t kSlabBlock = 256 * 1024;
+const size_t kSlabOffset = sizeof(uint32_t);  // in front of each buffer
+
+struct SlabBlock {
+    int64_t alive;
+    size_t alignment;  // of a block in large pages, else 0
+};
+
+void ReleaseBlock(SlabBlock* block) {
+    if (--block->alive != 0) return;
+    if (block->alignment)
+        ::operator delete(block, std::align_val_t(block->alignment));
+    else
+        ::operator delete(block);
+}
+
+}  // namespace
+
+void FreeStringData(RzStringData* d) {
+    if (!d->inSlab) {
+        ::operator delete(d);
+        return;
+    }
+    uint32_t offset;
+    memcpy(&offset, reinterpret_cast<char*>(d) - kSlabOffset, sizeof offset);
+    ReleaseBlock(reinterpret_cast<SlabBlock*>(reinterpret_cast<char*>(d) - offset));
+}
+
+RzStringSlab::RzStringSlab(size_t expected)
+    : block(nullptr), next(nullptr), end(nullptr), blockSize(kSlabBlock), largePages(false) {
+    // Megabytes of strings go into blocks of one large page each, when the
+    // system has them; a small text gets one block of about its size.
+    const size_t page = RzOSLargePageSize();
+    if (page && expected >= 2 * page) {
+        blockSize = page;
+        largePages = true;
+    } else if (expected < kSlabBlock) {
+        blockSize = expected < 256 ? 256 : expected;
+    }
+}
+
+RzStringSlab::~RzStringSlab() {
+    if (block) ReleaseBlock(static_cast<SlabBlock*>(block));
+}
+
+RzStringData* RzStringSlab::NewText(int64_t capacity) {
+    // Header, characters and terminator, behind the offset; 4-byte aligned.
+    const size_t bytes =
+        (kSlabOffset + kRzStringHeaderSize + static_cast<size_t>(capacity) + 1 + 3) & ~size_t(3);
+    if (capacity > kRzStringMaxCapacity || bytes > kSlabBlock / 8) return RzNewTextBuffer(capacity);
+    if (static_cast<size_t>(end - next) < bytes) NewBlock(bytes);
+    const uint32_t offset = static_cast<uint32_t>(next + kSlabOffset - static_cast<char*>(block));
+    memcpy(next, &offset, sizeof offset);
+    RzStringData* d = reinterpret_cast<RzStringData*>(next + kSlabOffset);
+    next += bytes;
+    ++static_cast<SlabBlock*>(block)->alive;
+    d->refCount = 1;
+    d->capacity = static_cast<int32_t>(capacity);
+    d->length = 0;
+    d->isBinary = false;
+    d->lengthIsCounted = true;
+    d->hasRoom = false;
+    d->appendable = false;
+    d->inSlab = true;
+    d->chars[0] = 0;
+    d->chars[capacity] = 0;
+    return d;
+}
+
+void RzStringSlab::NewBlock(size_t bytes) {
+    const size_t size = blockSize < bytes + sizeof(SlabBlock) + 4 ? 2 * bytes + 64 : blockSize;
+    const bool aligned = largePages && size == blockSize;
+    void* fresh = aligned ? ::operator new(size, std::align_val_t(size)) : ::operator new(size);
+    if (aligned) RzOSPreferLargePages(fresh, size);
+    SlabBlock* header = static_cast<SlabBlock*>(fresh);
+    header->alive = 1;  // the slab's own hold, until it moves on
+    header->alignment = aligned ? size : 0;
+    if (block) ReleaseBlock(static_cast<SlabBlock*>(block));
+    block = fresh;
+    next = static_cast<char*>(fresh) + ((sizeof(SlabBlock) + 3) & ~size_t(3));
+    end = static_cast<char*>(fresh) + size;
+}
+
+RzStringData* RzNewTextBuffer(int64_t capacity) {
+    RzStringData* d = AllocateStringData(capacity, false);
+    d->chars[0] = 0;
+    d->lengthIsCounted = true;
+    return d;
 }
 
 // --- Construction and assignment -----------------------------------------
@@ -413,7 +504,7 @@ int Rzstricmp(const char* a, const char* b) {
     if (!a) a = "";
     if (!b) b = "";
     for (;; ++a, ++b) {
-        const int fa = Fold(*a), fb = Fold(*b);
+        const int fa = RzFoldedValue(*a), fb = RzFoldedValue(*b);
         if (fa != fb) return fa - fb;
         if (fa == 0) return 0;
     }
@@ -423,7 +514,7 @@ int Rzstrincmp(const char* a, const char* b, int n) {
     if (!a) a = "";
     if (!b) b = "";
     for (int i = 0; i < n; ++i) {
-        const int fa = Fold(a[i]), fb = Fold(b[i]);
+        const int fa = RzFoldedValue(a[i]), fb = RzFoldedValue(b[i]);
         if (fa != fb) return fa - fb;
         if (fa == 0) return 0;
     }

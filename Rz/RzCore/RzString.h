@@ -45,6 +45,10 @@ struct RzStringData {
     // single test. Sharing, writing through Get() or operator[] and anything
     // that leaves the length uncounted clears it; appending sets it again.
     bool appendable : 1;
+    // Set when the buffer shares one larger block with other buffers (made
+    // in bulk, as the settings reader makes its keys and values); the block
+    // goes when its last buffer does. FreeStringData knows.
+    bool inSlab : 1;
     char chars[1];  // capacity + 1 bytes (more with hasRoom) in the real block
 };
 
@@ -61,6 +65,9 @@ RzStringData* NewStringData(const char* source, int32_t n, bool isBinary);
 // "RzUnexpectedErr" (2) for a shared buffer and "RzGeneralErr" (42) for a
 // binary buffer of unknown length. `source` may point into `data` itself.
 RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n);
+
+// Frees a buffer whose count has dropped to 0.
+void FreeStringData(RzStringData* data);
 
 class RzString {
 public:
@@ -277,7 +284,7 @@ public:
 
 private:
     static void Release(RzStringData* d) {
-        if (d && --d->refCount == 0) ::operator delete(d);
+        if (d && --d->refCount == 0) FreeStringData(d);
     }
     void CountLength() const;
     // WriteAccess for the framework's own writers that do not hand out the

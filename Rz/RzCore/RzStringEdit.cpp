@@ -3,7 +3,7 @@
 // Several results here are defined as what a sequence of one-character
 // appends (operator+=) would leave behind, capacity included. Where a loop
 // of appends would be slow, the result is built in one go and the capacity
-// computed as the appends would have grown it (GrownByChars).
+// computed as the appends would have grown it (RzStringCapacityAfterChars).
 #include <Rz/RzCore/RzString.h>
 
 #include <stddef.h>
@@ -15,6 +15,7 @@
 #include <vector>
 
 #include <Rz/internal/RzRaise.h>
+#include <Rz/internal/RzStringBuffer.h>
 
 static const char kRzUnit[] = "RzString";
 
@@ -58,30 +59,12 @@ CharSet SeparatorsOf(const RzString& separators) {
 
 // --- Buffers ------------------------------------------------------------------
 
-const size_t kHeaderSize = offsetof(RzStringData, chars);
-
-// The largest capacity a buffer may have; beyond it allocation fails, as in
-// the buffer functions.
-const int64_t kMaxCapacity = INT32_MAX - static_cast<int64_t>(kHeaderSize) - 1;
-
-// The capacity that appending characters one at a time to a buffer of the
-// given capacity ends with once `length` characters are in it: each full
-// buffer grows by half, to at least 10.
-int64_t GrownByChars(int64_t capacity, int64_t length) {
-    while (capacity < length) capacity = std::max<int64_t>(10, capacity * 3 / 2);
-    return capacity;
-}
-
 // A text buffer with the given capacity holding the n bytes at p. The bytes
 // must not contain a zero byte.
-RzStringData* TextBuffer(int64_t capacity, const char* p, int32_t n) {
-    if (capacity > kMaxCapacity) throw std::bad_alloc();
-    RzStringData* d = NewStringData(nullptr, static_cast<int32_t>(capacity), false);
+RzString TextBuffer(int64_t capacity, const char* p, int32_t n) {
+    RzStringData* d = RzNewTextBuffer(capacity);
     if (n > 0) memcpy(d->chars, p, static_cast<size_t>(n));
-    d->chars[n] = 0;
-    d->length = n;
-    d->lengthIsCounted = true;
-    return d;
+    return RzFinishText(d, n, true);
 }
 
 // The string that appending the n bytes at p one by one to RzString(10,
@@ -90,12 +73,12 @@ RzStringData* TextBuffer(int64_t capacity, const char* p, int32_t n) {
 // that a text ending in zero bytes keeps one of them in its length.
 RzString AppendedWord(const char* p, int32_t n) {
     if (n <= 0 || !memchr(p, 0, static_cast<size_t>(n)))
-        return RzString(TextBuffer(GrownByChars(10, n), p, n));
+        return TextBuffer(RzStringCapacityAfterChars(10, n), p, n);
     const bool endsInZero = p[n - 1] == 0;
     int32_t kept = 0;
     for (int32_t i = 0; i < n; ++i) kept += p[i] != 0;
     const int32_t length = kept + (endsInZero ? 1 : 0);
-    RzStringData* d = NewStringData(nullptr, static_cast<int32_t>(GrownByChars(10, length)), false);
+    RzStringData* d = RzNewTextBuffer(RzStringCapacityAfterChars(10, length));
     int32_t at = 0;
     for (int32_t i = 0; i < n; ++i)
         if (p[i] != 0) d->chars[at++] = p[i];
@@ -115,20 +98,14 @@ int32_t ComparedLength(const char* what, int32_t n) {
     return zero ? static_cast<int32_t>(static_cast<const char*>(zero) - what) + 1 : n;
 }
 
-// Rzstricmp's folding: only 'A'..'Z', to lower case.
-inline char Fold(char c) {
-    const unsigned char u = static_cast<unsigned char>(c);
-    return static_cast<char>(static_cast<unsigned char>(u - 'A') < 26 ? u + 32 : u);
-}
-
 // Written as a plain loop so that the compiler folds many bytes at a time.
 void FoldInto(char* out, const char* in, size_t n) {
-    for (size_t i = 0; i < n; ++i) out[i] = Fold(in[i]);
+    for (size_t i = 0; i < n; ++i) out[i] = RzFoldAscii(in[i]);
 }
 
 bool FoldedEqual(const char* a, const char* b, int32_t n) {
     for (int32_t i = 0; i < n; ++i)
-        if (Fold(a[i]) != Fold(b[i])) return false;
+        if (RzFoldAscii(a[i]) != RzFoldAscii(b[i])) return false;
     return true;
 }
 
@@ -521,12 +498,8 @@ int Replace(const RzString& search, const RzString& replacement, RzString& targe
     // The result's size, and the capacity the last rebuild leaves.
     const int32_t tail = n - first.cur;
     const int64_t length = first.outLength + tail;
-    int64_t capacity = first.lastCopy;
-    if (length > capacity) {
-        capacity = 2 * length < 3 * capacity ? 3 * capacity / 2 : length;
-        if (capacity < 10) capacity = 10;
-    }
-    if (capacity > kMaxCapacity) throw std::bad_alloc();
+    const int64_t capacity = RzStringGrownCapacity(first.lastCopy, length);
+    if (capacity > kRzStringMaxCapacity) throw std::bad_alloc();
 
     // Second pass: copy.
     RzStringData* out = NewStringData(nullptr, static_cast<int32_t>(capacity), first.binary);
@@ -618,7 +591,7 @@ void RzString::MergeStrings(const RzArray<RzString>& list, const RzString& separ
 
 RzString RzString::QuoteString() const {
     const int64_t room = 2 * int64_t(length()) + 2;
-    if (room > kMaxCapacity) throw std::bad_alloc();
+    if (room > kRzStringMaxCapacity) throw std::bad_alloc();
     RzString result(static_cast<int32_t>(room), false);
     result += '"';
     for (const char* p = c_str(); *p; ++p) {

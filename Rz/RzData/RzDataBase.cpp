@@ -2,10 +2,13 @@
 
 #include <string.h>
 
+#include <new>
 #include <vector>
 
 #include <Rz/RzCore/RzError.h>
+#include <Rz/internal/RzOS.h>
 #include <Rz/internal/RzRaise.h>
+#include <Rz/internal/RzStringBuffer.h>
 
 static const char kRzUnit[] = "RzDataBase";
 
@@ -13,11 +16,18 @@ static const char kRzUnit[] = "RzDataBase";
 // RzDataBase::SaveControlChars.
 bool RzDataBase::mSaveControlChars = false;
 
+// Destroying a tree: databases whose last reference a destructor took over,
+// linked through nextReleased, and whether a destructor on this thread is
+// destroying them. Changed only by ~RzDataBase.
+static thread_local RzDataBase* tReleased = nullptr;
+static thread_local bool tReleasing = false;
+
 namespace {
 
 // What the writer needs to know of each byte: whether it makes a key or
 // value quoted, whether quoting escapes it, and the zero byte.
-enum : unsigned char { kTriggersQuotes = 1, kZero = 2, kEscaped = 4 };
+// The reader's separators (blank, tab, CR, LF and the zero byte) are kBlank.
+enum : unsigned char { kTriggersQuotes = 1, kZero = 2, kEscaped = 4, kBlank = 8 };
 struct ByteClasses {
     unsigned char of[256] = {};
     ByteClasses() {
@@ -26,29 +36,22 @@ struct ByteClasses {
         of[static_cast<unsigned char>('"')] |= kEscaped;
         of[static_cast<unsigned char>('\\')] |= kEscaped;
         of[0] |= kZero | kEscaped;
+        for (const char* c = " \t\r\n"; *c; ++c) of[static_cast<unsigned char>(*c)] |= kBlank;
+        of[0] |= kBlank;
     }
 };
 const ByteClasses kBytes;
 
-// kTriggersQuotes when the writer quotes s (it holds a blank, tab, CR, LF
-// or double quote), else kZero when s holds a zero byte, else 0.
-unsigned char Classify(const RzString& s) {
-    const unsigned char* p = reinterpret_cast<const unsigned char*>(s.c_str());
-    unsigned char seen = 0;
-    for (int32_t i = 0, n = s.length(); i < n; ++i) {
-        const unsigned char c = kBytes.of[p[i]];
-        if (c & kTriggersQuotes) return kTriggersQuotes;
-        seen |= c;
-    }
-    return seen & kZero;
-}
-
+// Whether the writer quotes s: it holds a blank, tab, CR, LF or double quote.
 bool NeedsQuotes(const RzString& s) {
-    return Classify(s) == kTriggersQuotes;
+    const char* p = s.c_str();
+    for (int32_t i = 0, n = s.length(); i < n; ++i)
+        if (kBytes.of[static_cast<unsigned char>(p[i])] & kTriggersQuotes) return true;
+    return false;
 }
 
 bool IsBlank(char c) {
-    return c == ' ' || c == '\t' || c == 0 || c == '\r' || c == '\n';
+    return kBytes.of[static_cast<unsigned char>(c)] & kBlank;
 }
 bool IsLineEnd(char c) {
     return c == '\r' || c == '\n';
@@ -227,9 +230,13 @@ void RzDataBase::Append(RzDBData&& entry) {
 
 // --- The tree -----------------------------------------------------------------
 
-RzDataBase::RzDataBase() : keyIndex(nullptr) {}
+RzDataBase::RzDataBase() : keyIndex(nullptr), nextReleased(nullptr) {}
 
-RzDataBase::RzDataBase(const RzDataBase& other) : RzObject(other), keyIndex(nullptr) {
+RzDataBase::RzDataBase(int32_t capacity)
+    : entries(capacity), keyIndex(nullptr), nextReleased(nullptr) {}
+
+RzDataBase::RzDataBase(const RzDataBase& other)
+    : RzObject(other), keyIndex(nullptr), nextReleased(nullptr) {
     MergeDB(&other, true);
 }
 
@@ -240,8 +247,33 @@ RzDataBase& RzDataBase::operator=(const RzDataBase& other) {
     return *this;
 }
 
+// Destroying a sub-database from its entry's destructor would recurse once
+// per level. Instead each destructor takes over the last reference to every
+// sub-database its entries hold (stale slots of the ring included) and queues
+// it; the outermost destructor on the thread then destroys the queue one
+// database after another, each adding its own sub-databases. A sub-database
+// that another holder keeps just loses this level's reference; one whose count
+// is no longer positive is left to its entry, whose release raises.
 RzDataBase::~RzDataBase() {
     KeysChanged();
+    RzDBData* slots = entries.storage.data;
+    for (int32_t i = 0; i < entries.storage.count; ++i) {
+        RzDataBase* sub = slots[i].db.get();
+        if (!sub || sub->RefCount() <= 0) continue;
+        if (sub->RefCount() == 1) {
+            sub->NewRef();  // the queue's reference, once the entry lets go
+            sub->nextReleased = tReleased;
+            tReleased = sub;
+        }
+        slots[i].db = nullptr;
+    }
+    if (tReleasing) return;
+    tReleasing = true;
+    while (RzDataBase* next = tReleased) {
+        tReleased = next->nextReleased;
+        next->Delete();
+    }
+    tReleasing = false;
 }
 
 int RzDataBase::GetCount() const {
@@ -371,20 +403,37 @@ RzString RzDataBase::GetString(const RzString& path, const RzString& def, bool c
     return def;
 }
 
+// Level by level with a stack of the levels being copied, in the order a
+// recursive copy would take: each level's entries are counted when its copy
+// begins, so merging a database into itself copies what it held then.
 void RzDataBase::MergeDB(const RzDataBase* other, bool append) {
     if (!other) return;
-    // Merging a database into itself copies what it held when the merge began.
-    const int32_t count = other->entries.count;
-    for (int32_t i = 0; i < count; ++i) {
-        const RzDBData& entry = other->entries[i];
-        // Copies first: appending may move the entries of `other`.
+    struct Level {
+        RzDataBase* into;
+        const RzDataBase* from;
+        RzSmartPtr<RzDataBase> held;  // keeps `from` alive below the top
+        int32_t count;
+        int32_t next;
+    };
+    std::vector<Level> open;
+    open.push_back(Level{this, other, RzSmartPtr<RzDataBase>(), other->entries.count, 0});
+    while (!open.empty()) {
+        Level& level = open.back();
+        if (level.next >= level.count) {
+            open.pop_back();
+            continue;
+        }
+        const RzDBData& entry = level.from->entries[level.next++];
+        // Copies first: appending may move the entries of `from`.
         const RzString name = entry.key, value = entry.value;
         const RzSmartPtr<RzDataBase> sub = entry.db;
+        RzDataBase* into = level.into;
         if (append)
-            Append(RzDBData(name, value));
+            into->Append(RzDBData(name, value));
         else
-            SetString(name, value);
-        if (sub.get()) GetDB(name, true)->MergeDB(sub.get(), append);
+            into->SetString(name, value);
+        if (sub.get())
+            open.push_back(Level{into->GetDB(name, true), sub.get(), sub, sub->entries.count, 0});
     }
 }
 
@@ -440,10 +489,15 @@ char RzDataBase::GetNextChar(const RzString& text, int32_t& pos) {
 }
 
 // Reads the entries of a text into a database, level by level, without
-// recursion (so that deep nesting cannot exhaust the stack). The entry reader
-// is the only part that differs between the two uses: RzDBData::SetString in
-// general, and a reader that scans the characters directly (with identical
-// results) for texts without zero bytes, which are all texts the writer makes.
+// recursion (so that deep nesting cannot exhaust the stack). Entries of the
+// top level are appended as they are read; those of a sub-database wait in
+// one stack until its closing brace, and then move into a level made with
+// room for exactly them.
+//
+// The entry reader is the only part that differs between texts:
+// RzDBData::SetString in general, and for texts without zero bytes (all texts
+// the writer makes) a reader that scans the characters directly and makes the
+// keys and values in bulk, with identical results, capacities included.
 class RzDataBaseReader {
 public:
     RzDataBaseReader(const RzString& text_, int32_t& pos_)
@@ -451,52 +505,65 @@ public:
           pos(pos_),
           p(text_.c_str()),
           n(text_.length()),
-          fast(n <= pos || !memchr(p + pos, 0, static_cast<size_t>(n - pos))) {}
+          fast(n <= pos || !memchr(p + pos, 0, static_cast<size_t>(n - pos))),
+          slab(fast && n > pos ? static_cast<size_t>(n - pos) : 0) {}
+
+    ~RzDataBaseReader() {
+        for (RzStringData*& d : recentKeys) RzString release(d);
+    }
 
     void Read(RzDataBase* top) {
-        std::vector<RzDataBase*> open;  // sub-databases being read, innermost last
-        try {
-            RzDataBase* level = top;
-            for (;;) {
-                const char c = RzDataBase::GetNextChar(text, pos);
-                if (c == 0 || c == '}') {
-                    if (open.empty()) return;
-                    // A sub-database is complete (the end of the text closes
-                    // every open one in turn): it goes to the last entry read
-                    // so far in the level around it. Without one the index
-                    // raises, and the catch below releases what is open.
-                    RzDataBase* outer = open.size() > 1 ? open[open.size() - 2] : top;
-                    RzDBData& owner = outer->entries[outer->entries.count - 1];
-                    owner.SetDB(open.back(), true);
-                    open.pop_back();
-                    level = outer;
-                    continue;
-                }
-                if (c == '{') {
-                    open.push_back(new RzDataBase);
-                    level = open.back();
-                    continue;
-                }
-                RzDBData entry;
-                if (c != '<') --pos;
-                ReadEntry(entry);
-                level->Append(std::move(entry));
-                if (c == '<' && RzDataBase::GetNextChar(text, pos) != '>')
-                    RZ_RAISE_AT(kRzFormatErr, kRzLineProtectedEntryOpen);
+        std::vector<RzDBData> waiting;  // entries of the open sub-databases
+        std::vector<size_t> starts;     // where each open one's entries begin
+        for (;;) {
+            const char c = RzDataBase::GetNextChar(text, pos);
+            if (c == 0 || c == '}') {
+                // The end of the text closes every open sub-database in turn.
+                if (starts.empty()) return;
+                const size_t start = starts.back();
+                starts.pop_back();
+                // It goes to the last entry read so far in the level around it;
+                // without one, indexing that level raises.
+                RzDBData& owner = starts.empty()          ? Last(top->entries)
+                                  : start > starts.back() ? waiting[start - 1]
+                                                          : Last(RzList<RzDBData>(0));
+                const int32_t count = static_cast<int32_t>(waiting.size() - start);
+                RzDataBase* sub = new RzDataBase(count);
+                for (size_t i = start; i < waiting.size(); ++i)
+                    sub->entries.AddBack(std::move(waiting[i]));
+                waiting.resize(start);
+                owner.SetDB(sub, true);
+                continue;
             }
-        } catch (...) {
-            for (RzDataBase* db : open) db->Delete();
-            throw;
+            if (c == '{') {
+                starts.push_back(waiting.size());
+                continue;
+            }
+            if (c != '<') --pos;
+            if (starts.empty()) {
+                RzDBData entry;
+                ReadEntry(entry);
+                top->Append(std::move(entry));
+            } else {
+                // Read in place: on an error everything waiting is dropped.
+                waiting.emplace_back();
+                ReadEntry(waiting.back());
+            }
+            if (c == '<' && RzDataBase::GetNextChar(text, pos) != '>')
+                RZ_RAISE_AT(kRzFormatErr, kRzLineProtectedEntryOpen);
         }
     }
 
 private:
+    static RzDBData& Last(RzList<RzDBData>&& level) { return level[level.count - 1]; }
+    static RzDBData& Last(RzList<RzDBData>& level) { return level[level.count - 1]; }
+
     void ReadEntry(RzDBData& entry) {
         if (!fast) {
             entry.SetString(text, pos);
             return;
         }
-        entry.key = ReadKeyOrValueWord();
+        entry.key = ReadKeyOrValueWord(true);
         SkipSeparators();
         const int32_t start = pos;
         while (pos < n && !IsBlank(p[pos])) ++pos;
@@ -507,13 +574,15 @@ private:
         while (pos < n && (p[pos] == ' ' || p[pos] == '\t')) ++pos;
         if (pos >= n || IsLineEnd(p[pos])) return;
         if (p[pos] == '"') {
-            entry.value = ReadKeyOrValueWord();
+            entry.value = ReadKeyOrValueWord(false);
             return;
         }
         // The rest of the line, blanks included; the line end is consumed.
         const int32_t from = pos;
-        while (pos < n && !IsLineEnd(p[pos])) ++pos;
-        entry.value = RzString(p + from, pos - from, false);
+        const void* lf = memchr(p + pos, '\n', static_cast<size_t>(n - pos));
+        const int32_t lineEnd = lf ? static_cast<int32_t>(static_cast<const char*>(lf) - p) : n;
+        while (pos < lineEnd && p[pos] != '\r') ++pos;
+        entry.value = Word(p + from, pos - from);
         if (pos < n) ++pos;
     }
 
@@ -521,14 +590,46 @@ private:
         while (pos < n && IsBlank(p[pos])) ++pos;
     }
 
+    // A word as reading it character by character makes it: capacity 10,
+    // grown by half as it fills.
+    RzString Word(const char* from, int32_t length, RzStringData** made = nullptr) {
+        RzStringData* d = slab.NewText(RzStringCapacityAfterChars(10, length));
+        if (made) *made = d;
+        memcpy(d->chars, from, static_cast<size_t>(length));
+        return RzFinishText(d, length, true);
+    }
+
+    // A key written bare as one read recently: the same word shares its
+    // buffer, as copies of a string do (settings repeat their keys from one
+    // level to the next). Otherwise a new word, remembered.
+    RzString Key(const char* from, int32_t length) {
+        uint64_t head = 0, tail = 0;
+        memcpy(&head, from, length < 8 ? static_cast<size_t>(length) : 8);
+        if (length > 8) memcpy(&tail, from + length - 8, 8);
+        // Multiplied, the high bits depend on every byte.
+        const uint64_t h = ((head ^ static_cast<uint64_t>(length)) * 0x9E3779B97F4A7C15ull + tail) *
+                           0xC2B2AE3D27D4EB4Full;
+        RzStringData*& slot = recentKeys[h >> (64 - kRecentKeyBits)];
+        if (slot && slot->length == length && memcmp(slot->chars, from, length) == 0) {
+            ++slot->refCount;
+            return RzString(slot);
+        }
+        RzStringData* d = nullptr;
+        RzString word = Word(from, length, &d);
+        RzString release(slot);
+        slot = d;
+        ++slot->refCount;
+        return word;
+    }
+
     // A word up to the next blank, or a quoted word, unquoted.
-    RzString ReadKeyOrValueWord() {
+    RzString ReadKeyOrValueWord(bool key) {
         SkipSeparators();
         if (pos >= n) return RzString();
         const int32_t start = pos;
         if (p[pos] != '"') {
             while (pos < n && !IsBlank(p[pos])) ++pos;
-            RzString word(p + start, pos - start, false);
+            RzString word = key ? Key(p + start, pos - start) : Word(p + start, pos - start);
             if (pos < n) ++pos;
             return word;
         }
@@ -546,23 +647,21 @@ private:
             }
         }
         const int32_t length = pos - start;
-        if (length < 1 || p[pos - 1] != '"') {
+        if (length < 2 || p[pos - 1] != '"') {
             // Not closed: let the string's own unquoting raise the error.
             return RzString(p + start, length, false).UnQuoteString();
         }
-        // The content between the quotes, with \" and \\ resolved.
-        RzString word(length, false);
-        char* out = word.Get(nullptr);
+        // The content between the quotes, with \" and \\ resolved, in a buffer
+        // as large as the content with its backslashes, as unquoting makes it.
+        RzStringData* d = slab.NewText(length - 2);
+        char* out = d->chars;
         int32_t written = 0;
         const int32_t last = pos - 1;  // the closing quote
         for (int32_t i = start + 1; i < last; ++i) {
             if (p[i] == '\\' && i + 1 < last && (p[i + 1] == '"' || p[i + 1] == '\\')) ++i;
             out[written++] = p[i];
         }
-        if (written == 0) return RzString("");
-        out[written] = 0;
-        word.SetLength(written);
-        return word;
+        return RzFinishText(d, written, true);
     }
 
     const RzString& text;
@@ -570,6 +669,9 @@ private:
     const char* p;
     const int32_t n;
     const bool fast;
+    RzStringSlab slab;
+    static const int kRecentKeyBits = 9;
+    RzStringData* recentKeys[1 << kRecentKeyBits] = {};  // each holds one reference
 };
 
 void RzDataBase::String2DB(const RzString& text, int32_t& pos) {
@@ -584,197 +686,222 @@ void RzDataBase::ReadFromString(const RzString& text) {
 }
 
 // --- Writing ------------------------------------------------------------------
+//
+// The text is built in two passes over the tree, both without recursion: the
+// first adds up its exact size (so that a text beyond the largest string
+// fails before anything is allocated, and the result is allocated once), the
+// second writes it. Each line of a level nested d deep below the starting
+// indent carries indent + d tabs (none while that is negative).
+//
+// What appending piece by piece would do is kept: a key or value written
+// bare that holds a zero byte is cut there by the next append, which counts
+// the text, and the quoted form stops at the first zero byte. Either way a
+// key or value contributes its bytes up to the first zero, and the text
+// holds no zero byte.
 
-// Builds the text of a database straight into a string buffer, walking the
-// tree without recursion. It appends the way RzString::operator+= does,
-// including its one oddity: a key or value written bare that holds a zero
-// byte is cut at that byte by the next append, which counts the text.
+// What the writer reads of levels and entries.
 class RzDataBaseWriter {
 public:
-    explicit RzDataBaseWriter(bool protectedForm_) : protectedForm(protectedForm_) {}
-    ~RzDataBaseWriter() { RzString release(buffer); }
-
-    void Put(const char* s, size_t n) {
-        Reserve(n);
-        if (n == 0) return;
-        memcpy(out + size, s, n);
-        size += n;
-    }
-
-    // Reserves about what the text of db will take, so that the buffer is
-    // seldom grown: each entry's key and value, quotes, separators and tabs.
-    void ReserveFor(const RzDataBase* db, int indent) {
-        size_t total = 0;
-        std::vector<std::pair<const RzDataBase*, int>> stack{{db, indent}};
-        while (!stack.empty()) {
-            const RzDataBase* level = stack.back().first;
-            const int tabs = stack.back().second;
-            stack.pop_back();
-            for (int32_t i = 0; i < level->entries.count; ++i) {
-                // The strings lie all over the heap: ask for the next ones early.
-                if (i + 8 < level->entries.count) Prefetch(level->entries[i + 8]);
-                const RzDBData& e = level->entries[i];
-                total += static_cast<size_t>(e.key.length() + e.value.length() + tabs) + 10;
-                if (e.db.get()) {
-                    total += 2 * static_cast<size_t>(tabs) + 4;
-                    stack.push_back({e.db.get(), tabs + 1});
-                }
-            }
-        }
-        Reserve(total + total / 16);
-    }
-
-    void Level(const RzDataBase* db, int indent) {
-        ReserveFor(db, indent);
-        struct Frame {
-            const RzDataBase* db;
-            int32_t next;
-            int indent;
-        };
-        std::vector<Frame> stack{{db, 0, indent}};
-        while (!stack.empty()) {
-            Frame& top = stack.back();
-            if (top.next >= top.db->entries.count) {
-                const int closing = top.indent - 1;
-                stack.pop_back();
-                if (!stack.empty()) {
-                    Reserve(static_cast<size_t>(closing) + 2);
-                    Tabs(closing);
-                    Raw("}\n", 2);
-                }
-                continue;
-            }
-            if (top.next + 4 < top.db->entries.count) Prefetch(top.db->entries[top.next + 4]);
-            const RzDBData& entry = top.db->entries[top.next++];
-            const int level = top.indent;
-            Entry(entry, level);
-            if (const RzDataBase* sub = entry.db.get()) {
-                Reserve(static_cast<size_t>(level) + 2);
-                Tabs(level);
-                Raw("{\n", 2);
-                stack.push_back(Frame{sub, 0, level + 1});
-            }
-        }
-    }
-
-    static void Prefetch(const RzDBData& e) {
-        __builtin_prefetch(e.key.c_str() - sizeof(RzStringData) + 1);
-        __builtin_prefetch(e.value.c_str() - sizeof(RzStringData) + 1);
-    }
-
-    RzString Take() {
-        if (size == 0) return RzString();
-        buffer->length = static_cast<int32_t>(size);
-        buffer->chars[size] = 0;
-        // Every zero byte written was cut again by a later append.
-        buffer->lengthIsCounted = true;
-        RzStringData* done = buffer;
-        buffer = nullptr;
-        return RzString(done);
-    }
-
-private:
-    void Reserve(size_t more) {
-        if (cut != kNoCut) {
-            size = cut;
-            cut = kNoCut;
-        }
-        if (size + more <= capacity) return;
-        size_t grown = capacity * 2 < 4096 ? 4096 : capacity * 2;
-        if (grown < size + more) grown = size + more;
-        if (grown > INT32_MAX - 64) grown = size + more;  // the string's limit decides
-        RzStringData* bigger = NewStringData(nullptr, static_cast<int32_t>(grown), false);
-        if (size) memcpy(bigger->chars, out, size);
-        RzString release(buffer);
-        buffer = bigger;
-        out = bigger->chars;
-        capacity = grown;
-    }
-    // Writes without a capacity check: the caller reserved the room.
-    void Raw(const char* s, size_t n) {
-        memcpy(out + size, s, n);
-        size += n;
-    }
-    void Tabs(int n) {
-        for (int i = 0; i < n; ++i) out[size++] = '\t';
-    }
-
-    // The text up to its first zero byte in double quotes, with a backslash
-    // before every double quote and backslash.
-    void Quoted(const RzString& s) {
-        const char* p = s.c_str();
-        const size_t n = static_cast<size_t>(s.length());
-        Reserve(2 * n + 2);
-        out[size++] = '"';
-        size_t i = 0;
-        // Eight bytes at a time while none of them needs attention.
-        for (; i + 8 <= n; i += 8) {
-            uint64_t word;
-            memcpy(&word, p + i, 8);
-            if (HasByte(word, 0) || HasByte(word, '"') || HasByte(word, '\\')) break;
-            memcpy(out + size, &word, 8);
-            size += 8;
-        }
-        for (; p[i]; ++i) {
-            if (kBytes.of[static_cast<unsigned char>(p[i])] & kEscaped) out[size++] = '\\';
-            out[size++] = p[i];
-        }
-        out[size++] = '"';
-    }
-
-    static bool HasByte(uint64_t word, unsigned char c) {
-        const uint64_t x = word ^ (0x0101010101010101ull * c);
-        return ((x - 0x0101010101010101ull) & ~x & 0x8080808080808080ull) != 0;
-    }
-
-    // `zero`: s holds a zero byte, where the next append cuts the text.
-    void Bare(const RzString& s, bool zero) {
-        const size_t n = static_cast<size_t>(s.length());
-        Put(s.c_str(), n);
-        if (zero) cut = size - n + strlen(s.c_str());
-    }
-
-    void KeyOrValue(const RzString& s, bool quoteEmpty) {
-        const unsigned char kind =
-            protectedForm ? static_cast<unsigned char>(kTriggersQuotes) : Classify(s);
-        if (kind == kTriggersQuotes || (quoteEmpty && s.length() == 0))
-            Quoted(s);
-        else
-            Bare(s, kind == kZero);
-    }
-
-    void Entry(const RzDBData& entry, int indent) {
-        Reserve(static_cast<size_t>(indent) + 1);
-        Tabs(indent);
-        if (protectedForm) Raw("<", 1);
-        KeyOrValue(entry.key, true);
-        Put(" = ", 3);
-        KeyOrValue(entry.value, false);
-        if (protectedForm)
-            Put(">\n", 2);
-        else
-            Put("\n", 1);
-    }
-
-    static const size_t kNoCut = static_cast<size_t>(-1);
-    const bool protectedForm;
-    RzStringData* buffer = nullptr;
-    char* out = nullptr;
-    size_t size = 0, capacity = 0;
-    size_t cut = kNoCut;  // where the next append cuts the text
+    static const RzList<RzDBData>& Entries(const RzDataBase* db) { return db->entries; }
+    static const RzString& Key(const RzDBData& entry) { return entry.key; }
+    static const RzString& Value(const RzDBData& entry) { return entry.value; }
 };
 
+namespace {
+
+// How one key or value is written: its bytes up to the first zero, bare or
+// quoted.
+struct Word {
+    const char* p;
+    size_t n;
+    bool quoted;
+};
+
+bool HasByte(uint64_t word, unsigned char c) {
+    const uint64_t x = word ^ (0x0101010101010101ull * c);
+    return ((x - 0x0101010101010101ull) & ~x & 0x8080808080808080ull) != 0;
+}
+
+// Whether any of the eight bytes is below '#': the bytes that make a word
+// quoted (blank, tab, CR, LF, '"') and the zero byte are all among them.
+bool HasByteBelowHash(uint64_t word) {
+    return ((word - 0x0101010101010101ull * '#') & ~word & 0x8080808080808080ull) != 0;
+}
+
+Word Classify(const RzString& s, bool protectedForm, bool quoteEmpty) {
+    const char* p = s.c_str();
+    const size_t length = static_cast<size_t>(s.length());
+    Word w{p, length, protectedForm || (quoteEmpty && length == 0)};
+    unsigned char seen = 0;
+    if (!protectedForm) {
+        size_t i = 0;
+        for (uint64_t word; i + 8 <= length; i += 8) {
+            memcpy(&word, p + i, 8);
+            if (HasByteBelowHash(word)) break;
+        }
+        for (; i < length && !(seen & kTriggersQuotes); ++i)
+            seen |= kBytes.of[static_cast<unsigned char>(p[i])];
+        w.quoted |= (seen & kTriggersQuotes) != 0;
+    }
+    if ((seen & kZero) || (w.quoted && memchr(p, 0, length))) w.n = strlen(p);
+    return w;
+}
+
+size_t QuotedSize(const Word& w) {
+    size_t escapes = 0, i = 0;
+    for (uint64_t word; i + 8 <= w.n; i += 8) {
+        memcpy(&word, w.p + i, 8);
+        if (!HasByte(word, '"') && !HasByte(word, '\\')) continue;
+        for (size_t j = i; j < i + 8; ++j)
+            escapes += (kBytes.of[static_cast<unsigned char>(w.p[j])] & kEscaped) != 0;
+    }
+    for (; i < w.n; ++i) escapes += (kBytes.of[static_cast<unsigned char>(w.p[i])] & kEscaped) != 0;
+    return w.n + escapes + 2;
+}
+
+// The walk both passes share: for each entry in text order Entry(entry,
+// tabs), and around each sub-database Open(tabs) and Close(tabs), with tabs
+// the indentation of the entry that holds it.
+template <class Pass>
+void Walk(const RzDataBase* top, int64_t indent, Pass& pass) {
+    struct Level {
+        const RzDataBase* db;
+        int32_t next;
+        int64_t tabs;
+    };
+    std::vector<Level> open{{top, 0, indent}};
+    while (!open.empty()) {
+        Level& level = open.back();
+        const RzList<RzDBData>& entries = RzDataBaseWriter::Entries(level.db);
+        if (level.next >= entries.count) {
+            open.pop_back();
+            if (!open.empty()) pass.Close(open.back().tabs);
+            continue;
+        }
+        const RzDBData& entry = entries[level.next++];
+        const int64_t tabs = level.tabs;
+        pass.Entry(entry, tabs);
+        if (const RzDataBase* sub = entry.GetDB()) {
+            pass.Open(tabs);
+            open.push_back(Level{sub, 0, tabs + 1});
+        }
+    }
+}
+
+int64_t Tabs(int64_t tabs) {
+    return tabs > 0 ? tabs : 0;
+}
+
+// The first pass: the exact size. Raises std::bad_alloc as soon as the text
+// would exceed the largest string.
+struct SizePass {
+    bool protectedForm;
+    int64_t size;
+
+    void Add(int64_t n) {
+        size += n;
+        if (size > kRzStringMaxCapacity) throw std::bad_alloc();
+    }
+    void AddWord(const RzString& s, bool quoteEmpty) {
+        const Word w = Classify(s, protectedForm, quoteEmpty);
+        Add(static_cast<int64_t>(w.quoted ? QuotedSize(w) : w.n));
+    }
+    void Entry(const RzDBData& entry, int64_t tabs) {
+        // Tabs, "<", " = ", ">" and the line end.
+        Add(Tabs(tabs) + (protectedForm ? 6 : 4));
+        AddWord(RzDataBaseWriter::Key(entry), true);
+        AddWord(RzDataBaseWriter::Value(entry), false);
+    }
+    void Open(int64_t tabs) { Add(Tabs(tabs) + 2); }
+    void Close(int64_t tabs) { Add(Tabs(tabs) + 2); }
+};
+
+// The second pass: writes into a buffer of the size the first pass found.
+struct WritePass {
+    bool protectedForm;
+    char* out;
+
+    void Put(const char* s, size_t n) {
+        memcpy(out, s, n);
+        out += n;
+    }
+    void PutTabs(int64_t tabs) {
+        const size_t n = static_cast<size_t>(Tabs(tabs));
+        memset(out, '\t', n);
+        out += n;
+    }
+    void PutWord(const RzString& s, bool quoteEmpty) {
+        const Word w = Classify(s, protectedForm, quoteEmpty);
+        if (!w.quoted) {
+            Put(w.p, w.n);
+            return;
+        }
+        *out++ = '"';
+        size_t i = 0;
+        // Eight bytes at a time while none of them needs a backslash.
+        for (; i + 8 <= w.n; i += 8) {
+            uint64_t word;
+            memcpy(&word, w.p + i, 8);
+            if (HasByte(word, '"') || HasByte(word, '\\')) break;
+            memcpy(out, &word, 8);
+            out += 8;
+        }
+        for (; i < w.n; ++i) {
+            if (kBytes.of[static_cast<unsigned char>(w.p[i])] & kEscaped) *out++ = '\\';
+            *out++ = w.p[i];
+        }
+        *out++ = '"';
+    }
+    void Entry(const RzDBData& entry, int64_t tabs) {
+        PutTabs(tabs);
+        if (protectedForm) *out++ = '<';
+        PutWord(RzDataBaseWriter::Key(entry), true);
+        Put(" = ", 3);
+        PutWord(RzDataBaseWriter::Value(entry), false);
+        if (protectedForm) *out++ = '>';
+        *out++ = '\n';
+    }
+    void Open(int64_t tabs) {
+        PutTabs(tabs);
+        Put("{\n", 2);
+    }
+    void Close(int64_t tabs) {
+        PutTabs(tabs);
+        Put("}\n", 2);
+    }
+};
+
+// The text of db with its levels indented from `indent` on, between `before`
+// and `after`.
+RzString WriteText(const RzDataBase* db, int64_t indent, bool protectedForm, const char* before,
+                   const char* after) {
+    const size_t nBefore = strlen(before), nAfter = strlen(after);
+    SizePass size{protectedForm, static_cast<int64_t>(nBefore + nAfter)};
+    Walk(db, indent, size);
+    if (size.size == 0) return RzString();
+    RzStringData* buffer = RzNewTextBuffer(size.size);
+    // Megabytes of text: fill them with a few page faults, not thousands.
+    if (static_cast<size_t>(size.size) >= 2 * RzOSLargePageSize() && RzOSLargePageSize())
+        RzOSPreferLargePages(buffer->chars, static_cast<size_t>(size.size));
+    WritePass write{protectedForm, buffer->chars};
+    write.Put(before, nBefore);
+    try {
+        Walk(db, indent, write);
+    } catch (...) {
+        RzString release(buffer);
+        throw;
+    }
+    write.Put(after, nAfter);
+    return RzFinishText(buffer, static_cast<int32_t>(size.size), true);
+}
+
+}  // namespace
+
 RzString RzDataBase::DB2String(int indent) const {
-    RzDataBaseWriter writer(mSaveControlChars);
-    writer.Level(this, indent);
-    return writer.Take();
+    return WriteText(this, indent, mSaveControlChars, "", "");
 }
 
 RzString RzDataBase::WriteToString() const {
     if (!mSaveControlChars) return DB2String(0);
-    RzDataBaseWriter writer(true);
-    writer.Put("{\n", 2);
-    writer.Level(this, 1);
-    writer.Put("}\n", 2);
-    return writer.Take();
+    return WriteText(this, 1, true, "{\n", "}\n");
 }

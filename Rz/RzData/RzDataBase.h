@@ -158,6 +158,8 @@ public:
 private:
     friend class RzDataBaseReader;
     friend class RzDataBaseWriter;
+    // Empty, with room for `capacity` entries.
+    explicit RzDataBase(int32_t capacity);
     // Index of the first entry whose key equals the text p[0, n) (up to its
     // first zero byte), or -1.
     int FindKey(const char* p, size_t n) const;
@@ -171,6 +173,9 @@ private:
     // A hash index over the keys of a large level, built on the first lookup
     // and dropped whenever entries are removed (see RzDataBase.cpp).
     mutable struct RzDataBaseKeyIndex* keyIndex;
+    // The next database waiting to be destroyed while a tree is released
+    // (see ~RzDataBase).
+    RzDataBase* nextReleased;
 };
 
 #endif

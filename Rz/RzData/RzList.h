@@ -25,6 +25,8 @@ template <class T>
 class RzList {
 public:
     RzList() : count(0), head(0), tail(-1), storage(10) {}
+    // An empty list with room for `capacity` elements.
+    explicit RzList(int capacity) : count(0), head(0), tail(-1), storage(capacity) {}
     // Keeps the ring layout of `other` as it is.
     RzList(const RzList& other)
         : count(other.count), head(other.head), tail(other.tail), storage(other.storage) {}

@@ -4,6 +4,7 @@
 #ifndef RZ_INTERNAL_RZOS_H
 #define RZ_INTERNAL_RZOS_H
 
+#include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>
 
@@ -29,5 +30,14 @@ int32_t RzBCDVersionFromRelease(const char* release);
 // stream. Returns false when the descriptor cannot be changed (the stream
 // then writes where it is positioned).
 bool RzOSAppendEveryWrite(FILE* stream);
+
+// The size of the system's large pages, a power of two, or 0 without them.
+size_t RzOSLargePageSize();
+
+// A hint that the large pages lying wholly inside the block [p, p + n) are
+// to be backed by large pages when first touched, so that filling megabytes
+// takes a few page faults instead of one per small page. Changes no content
+// and may do nothing.
+void RzOSPreferLargePages(void* p, size_t n);
 
 #endif

@@ -4,6 +4,7 @@
 #include <ctype.h>
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/mman.h>
 #include <sys/utsname.h>
 
 #include <Rz/Mac/RzByteOrder.h>
@@ -53,4 +54,21 @@ bool RzOSAppendEveryWrite(FILE* stream) {
     const int fd = fileno(stream);
     const int flags = fcntl(fd, F_GETFL);
     return flags != -1 && fcntl(fd, F_SETFL, flags | O_APPEND) == 0;
+}
+
+// Transparent huge pages, where the kernel has them ("madvise" or "always").
+size_t RzOSLargePageSize() {
+    return size_t(2) << 20;
+}
+
+void RzOSPreferLargePages(void* p, size_t n) {
+#ifdef MADV_HUGEPAGE
+    const uintptr_t page = RzOSLargePageSize();
+    const uintptr_t from = (reinterpret_cast<uintptr_t>(p) + page - 1) & ~(page - 1);
+    const uintptr_t to = (reinterpret_cast<uintptr_t>(p) + n) & ~(page - 1);
+    if (from < to) madvise(reinterpret_cast<void*>(from), to - from, MADV_HUGEPAGE);
+#else
+    (void)p;
+    (void)n;
+#endif
 }

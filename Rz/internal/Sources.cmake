@@ -8,4 +8,5 @@ else()
 endif()
 rz_add_sources(internal
   HEADERS RzRaise.h RzOS.h RzFileOS.h RzAppleDouble.h RzMemoryHooks.h RzTextEncoding.h
+          RzStringBuffer.h
   SOURCES ${rz_os_source} ${rz_file_os_source} RzAppleDouble.cpp RzTextEncoding.cpp)

@@ -1,11 +1,14 @@
 // Helpers shared by the database tests and fuzz targets: a database's
-// entries as canonical text, and the reader transcribed literally.
+// entries as canonical text and its depth. None of them recurses, so they
+// take trees of any depth.
 #ifndef RZ_TESTS_SUPPORT_DATABASESUPPORT_H
 #define RZ_TESTS_SUPPORT_DATABASESUPPORT_H
 
 #include <stdint.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <Rz/RzCore/RzError.h>
 #include <Rz/RzData/RzDataBase.h>
@@ -19,60 +22,44 @@ inline std::string Entry(const RzString& key, const RzString& value) {
     return std::to_string(k.size()) + ":" + k + "=" + std::to_string(v.size()) + ":" + v + ";";
 }
 
+// Calls visit(level, i, depth) for every entry in text order.
+template <class Visit>
+void ForEachEntry(const RzDataBase& db, Visit visit) {
+    std::vector<std::pair<const RzDataBase*, int>> open{{&db, 0}};
+    while (!open.empty()) {
+        const RzDataBase* level = open.back().first;
+        const int i = open.back().second++;
+        if (i >= level->GetCount()) {
+            open.pop_back();
+            continue;
+        }
+        visit(*level, i, open.size() - 1);
+        if (const RzDataBase* sub = level->GetIndexedDB(i)) open.push_back({sub, 0});
+    }
+}
+
 // Keys, values, order and nesting: a sub-database follows its entry in braces.
 inline std::string Dump(const RzDataBase& db) {
     std::string out;
-    for (int i = 0; i < db.GetCount(); ++i) {
-        out += Entry(db.GetIndexedName(i), db.GetIndexedValue(i));
-        if (const RzDataBase* sub = db.GetIndexedDB(i)) out += "{" + Dump(*sub) + "}";
-    }
-    return out;
-}
-
-// The reader exactly as the text format defines it, recursive, built on the
-// public GetNextChar and RzDBData::SetString; appends the Dump of what it
-// reads to `out` and throws as the reader does.
-inline void ReferenceString2DB(std::string& out, const RzString& text, int32_t& pos) {
-    for (size_t last = std::string::npos;;) {  // where the last entry's sub-database goes
-        const char c = RzDataBase::GetNextChar(text, pos);
-        if (c == 0 || c == '}') return;
-        if (c == '{') {
-            std::string sub;
-            ReferenceString2DB(sub, text, pos);
-            if (last == std::string::npos)
-                throw RzError(kRzIndexError, "RzIndexError", "RzList", 0);
-            out.resize(last);  // a later block replaces an earlier one
-            out += "{" + sub + "}";
-            continue;
+    size_t depth = 0;
+    ForEachEntry(db, [&](const RzDataBase& level, int i, size_t d) {
+        for (; depth > d; --depth) out += "}";
+        out += Entry(level.GetIndexedName(i), level.GetIndexedValue(i));
+        if (level.GetIndexedDB(i)) {
+            out += "{";
+            ++depth;
         }
-        if (c != '<') --pos;
-        RzDBData entry;
-        entry.SetString(text, pos);
-        out += Entry(entry.GetKey(), entry.GetVal());
-        last = out.size();
-        if (c == '<' && RzDataBase::GetNextChar(text, pos) != '>')
-            throw RzError(kRzFormatErr, "RzFormatErr", "RzDataBase", 616);
-    }
+    });
+    return out + std::string(depth, '}');
 }
 
-inline void ReferenceRead(std::string& out, const RzString& text) {
-    int32_t pos = 0;
-    if (RzDataBase::GetNextChar(text, pos) != '{') pos = 0;
-    ReferenceString2DB(out, text, pos);
-}
-
-// Whether the plain form carries this database: a key that it writes bare
-// must not begin with a character that the reader takes as structure
-// ('#' comment, '{' and '}' braces, '<' protected entry).
-inline bool PlainFormCarries(const RzDataBase& db) {
-    for (int i = 0; i < db.GetCount(); ++i) {
-        const std::string key = db.GetIndexedName(i).c_str();
-        const bool bare = !key.empty() && key.find_first_of(" \t\r\n\"") == std::string::npos;
-        if (bare && std::string("#{}<").find(key[0]) != std::string::npos) return false;
-        if (const RzDataBase* sub = db.GetIndexedDB(i))
-            if (!PlainFormCarries(*sub)) return false;
-    }
-    return true;
+// How many levels deep the tree goes below db (0 for a flat database).
+inline size_t Depth(const RzDataBase& db) {
+    size_t deepest = 0;
+    ForEachEntry(db, [&](const RzDataBase& level, int i, size_t d) {
+        if (level.GetIndexedDB(i) && d + 1 > deepest) deepest = d + 1;
+    });
+    return deepest;
 }
 
 }  // namespace rztest
