@@ -13,10 +13,11 @@
 #include <stdint.h>
 #include <stdio.h>
 
-#include <Rz/FileSpec/RzFileSpec.h>
 #include <Rz/Mac/RzMacTypes.h>
 #include <Rz/RzCore/RzString.h>
-#include <Rz/RzIO/RzStream.h>
+#include <Rz/RzIO/RzFileAccess.h>
+
+class RzFileSpec;
 
 // --- From a file spec -------------------------------------------------
 

@@ -16,7 +16,7 @@
 #include <stdint.h>
 
 // X(name, code): every named error. Codes 5, 6, 8 to 11 and 16 are not used.
-#define RZ_ERROR_CODES(X)                                                         \
+#define RZ_ERROR_CODES(X)                                                        \
     X(RzUndefProc, 1)         /* operation not available for this object here */ \
     X(RzUnexpectedErr, 2)     /* string internals: append to a shared buffer */  \
     X(RzArgErr, 3)            /* invalid argument */                             \
@@ -34,10 +34,10 @@
 
 enum {
     kRzNoErr = 0,
+    kRzSysErr = 68,  // RzError::ThrowSysError; the name is the message
 #define RZ_ERROR_CODE_CONSTANT(name, code) k##name = code,
     RZ_ERROR_CODES(RZ_ERROR_CODE_CONSTANT)
 #undef RZ_ERROR_CODE_CONSTANT
-    kRzSysErr = 68  // RzError::ThrowSysError; the name is the message
 };
 
 // The fixed name of a code of the table ("RzFormatErr" for 19), or null for

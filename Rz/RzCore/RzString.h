@@ -21,7 +21,9 @@
 #include <stdint.h>
 
 #include <Rz/RzCore/RzDefs.h>
-#include <Rz/RzData/RzArray.h>
+
+template <class T>
+class RzArray;
 
 // The shared buffer: header and characters in one block from the global
 // operator new. chars[capacity] is always zero.

@@ -95,8 +95,7 @@ int32_t RzFile::Length() {
     if (access != eRzFileNone) Open(access, false);
     if (!file) RZ_RAISE(kRzFileNotOpen);
     const long position = ftell(file);
-    if (position < 0 || fseek(file, 0, SEEK_END) != 0)
-        RZ_RAISE(kRzFileLengthFailed);
+    if (position < 0 || fseek(file, 0, SEEK_END) != 0) RZ_RAISE(kRzFileLengthFailed);
     const long length = ftell(file);
     if (fseek(file, position, SEEK_SET) != 0) RZ_RAISE(kRzFileLengthFailed);
     // A length of 2 GB or more has no 32-bit form.

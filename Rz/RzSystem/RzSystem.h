@@ -3,7 +3,7 @@
 #ifndef RZ_RZSYSTEM_RZSYSTEM_H
 #define RZ_RZSYSTEM_RZSYSTEM_H
 
-#include <Rz/FileSpec/RzFileSpec.h>
+class RzFileSpec;
 
 class RzSystem {
 public:

@@ -1,13 +1,15 @@
 // The file layer on real files, in a fresh temporary folder each.
 #include <Rz/Mac/RzMacToolsOSX.h>
 
+#include <limits.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <string>
 
-#include <Rz/internal/RzFileOS.h>
+#include <Rz/FileSpec/RzFileSpec.h>
+#include <Rz/internal/RzOS.h>
 
 #include "support/RzTempDir.h"
 #include "support/RzTestSupport.h"
@@ -138,6 +140,34 @@ TEST(RzMacToolsOSX, OpeningFiles) {
     }
 }
 
+TEST(RzMacToolsOSX, CreatingFoldersFromMacChineseTradNames) {
+    RzTempDir t;
+    struct Case {
+        std::string name;
+        const char* utf8;  // null: nothing created
+        int32_t err;
+    } cases[] = {
+        {"\xA4\xA4\xA5\x5C\x61", "\xE4\xB8\xAD\xE5\x8A\x9F\x61", noErr},  // '\\' second
+        {"\xFD\xFE\xFF\x80\xA0", "\xC2\xA9\xE2\x84\xA2\xE2\x80\xA6\\\xC2\xA0", noErr},
+        {"\xA4", nullptr, kTextMalformedInputErr},  // first byte alone
+        {"\xC7\xA1", nullptr, kTextMalformedInputErr},
+        {"\xA3\xC0", nullptr, kTextUndefinedElementErr},
+        {"", nullptr, bdNamErr},
+        {"..", nullptr, bdNamErr},
+        {std::string("a\0b", 3), nullptr, bdNamErr},
+        {"q", "q", noErr},
+        {"q", nullptr, dupFNErr},
+    };
+    for (const Case& c : cases) {
+        const std::string full = t / c.name;
+        RzFileSpec spec(RzString(full.data(), static_cast<int32_t>(full.size()), false));
+        EXPECT_EQ(RzMacCreateDir(spec), c.err) << c.name;
+        struct stat st;
+        EXPECT_TRUE(!c.utf8 || (stat((t / c.utf8).c_str(), &st) == 0 && S_ISDIR(st.st_mode)));
+    }
+    EXPECT_EQ(RzMacCreateDir(Spec(t / "none/x")), fnfErr);
+}
+
 TEST(RzMacToolsOSX, WellKnownFolders) {
     RzTempDir t;
     RzEnvGuard env;
@@ -184,4 +214,15 @@ TEST(RzMacToolsOSX, WellKnownFolders) {
     ASSERT_EQ(waitpid(child, &status, 0), child);
     if (WIFEXITED(status) && WEXITSTATUS(status) == 3) GTEST_SKIP() << "icc folder is writable";
     EXPECT_EQ(status, 0);
+}
+
+TEST(RzMacToolsOSX, WorkingDirectoryBesideTheExecutable) {
+    char saved[PATH_MAX], now[PATH_MAX];
+    ASSERT_NE(getcwd(saved, sizeof saved), nullptr);
+    const int32_t result = RzMacSetWorkingDir(1);
+    const bool known = getcwd(now, sizeof now) != nullptr;
+    ASSERT_EQ(chdir(saved), 0);
+    EXPECT_EQ(result, 0);
+    ASSERT_TRUE(known);
+    EXPECT_EQ(std::string(now) + "/Mac_tests", RzOSExecutablePath().c_str());
 }

@@ -6,6 +6,8 @@
 #include <string>
 #include <utility>
 
+#include <Rz/RzData/RzArray.h>
+
 #include "support/RzContainerTestSupport.h"
 #include "support/RzTestSupport.h"
 

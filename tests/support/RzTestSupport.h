@@ -10,6 +10,7 @@
 
 #include <Rz/RzCore/RzError.h>
 #include <Rz/RzIO/RzDebug.h>
+#include <Rz/RzIO/RzStream.h>
 
 // Expects `statement` to throw an RzError with the given code and name.
 #define EXPECT_RZ_ERROR(statement, expectedCode, expectedName)                                    \
