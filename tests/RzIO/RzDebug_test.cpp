@@ -9,7 +9,7 @@
 #include "support/RzTestSupport.h"
 
 TEST(RzDebug, LevelsAndLineEnds) {
-    const std::string a(4094, 'a'), b(4095, 'b');
+    const std::string a(4094, 'a'), b(4095, 'b'), c(5000, 'c');  // the classic buffer: 4096
     struct Case {
         int debugLevel, level;
         std::function<void(int)> write;
@@ -23,6 +23,7 @@ TEST(RzDebug, LevelsAndLineEnds) {
         {2, 3, [](int l) { RzDebugPrintfImpl(l, "%d items", 3); }, {}},
         {0, 0, [&](int l) { RzDebugPrintfImpl(l, "%s", a.c_str()); }, {a + "\n"}},
         {0, 0, [&](int l) { RzDebugPrintfImpl(l, "%s", b.c_str()); }, {b, "\n"}},
+        {0, 0, [&](int l) { RzDebugPrintfImpl(l, "%s", c.c_str()); }, {c, "\n"}},
     };
     for (const Case& c : cases) {
         DebugCapture capture(c.debugLevel);
