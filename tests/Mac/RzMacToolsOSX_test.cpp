@@ -103,7 +103,7 @@ TEST(RzMacToolsOSX, OpeningFiles) {
     RzError e = CatchRzError([&] { RzMacOpenFile(s, eRzFileRead); });
     EXPECT_EQ(e.GetErr(), 12u);
     EXPECT_EQ(e.GetErrName(), "FileNotOpen (for reading): " + missing);
-    EXPECT_TRUE(e.GetFileName()[0] == 0 && e.GetLine() == 0);
+    EXPECT_EQ(Joined(e.GetFileName(), e.GetLine()), "|0");
     e = CatchRzError([&] { RzMacOpenFile(s, eRzFileReadWrite); });
     EXPECT_EQ(e.GetErrName(), "FileNotOpen: (for writing)" + missing);
     EXPECT_EQ(RzMacOpenFile(s, eRzFileNone), nullptr);
@@ -134,7 +134,7 @@ TEST(RzMacToolsOSX, OpeningFiles) {
         ASSERT_NE(file, nullptr) << c.name;
         const long at = ftell(file);
         fseek(file, 0, SEEK_END);
-        EXPECT_TRUE(at == 0 && ftell(file) == c.size) << c.name;
+        EXPECT_EQ(Joined(at, ftell(file)), Joined(0, c.size)) << c.name;
         fclose(file);
         EXPECT_EQ(Codes(t / c.name), c.codes) << c.name;
     }
@@ -163,7 +163,10 @@ TEST(RzMacToolsOSX, CreatingFoldersFromMacChineseTradNames) {
         RzFileSpec spec(RzString(full.data(), static_cast<int32_t>(full.size()), false));
         EXPECT_EQ(RzMacCreateDir(spec), c.err) << c.name;
         struct stat st;
-        EXPECT_TRUE(!c.utf8 || (stat((t / c.utf8).c_str(), &st) == 0 && S_ISDIR(st.st_mode)));
+        if (c.utf8) {
+            EXPECT_EQ(stat((t / c.utf8).c_str(), &st), 0) << c.utf8;
+            EXPECT_TRUE(S_ISDIR(st.st_mode)) << c.utf8;
+        }
     }
     EXPECT_EQ(RzMacCreateDir(Spec(t / "none/x")), fnfErr);
 }

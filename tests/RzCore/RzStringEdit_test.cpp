@@ -101,8 +101,9 @@ TEST(RzStringEdit, Find) {
     EXPECT_EQ(path.findreverse('/'), 10);
     EXPECT_EQ(path.containsChar("kl"), 5);
     EXPECT_EQ(path.containsChar(""), -1);
-    EXPECT_TRUE(RzString::IsWhiteSpace('\0', RzString()) && RzString::IsWhiteSpace('\r', ""));
-    EXPECT_FALSE(RzString::IsWhiteSpace(' ', ",") || RzString::IsWhiteSpace('\0', ","));
+    EXPECT_EQ(Joined(RzString::IsWhiteSpace('\0', RzString()), RzString::IsWhiteSpace('\r', ""),
+                     RzString::IsWhiteSpace(' ', ","), RzString::IsWhiteSpace('\0', ",")),
+              "true|true|false|false");
 }
 
 TEST(RzStringEdit, FindInLongTexts) {

@@ -170,7 +170,8 @@ TEST(RzOS, MakeFSSpecNamesAndRelativePaths) {
     }
     // Volume 0, folder 0: the working directory.
     char cwd[PATH_MAX];
-    ASSERT_TRUE(getcwd(cwd, sizeof cwd) && chdir((t / "top/sub").c_str()) == 0);
+    ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
+    ASSERT_EQ(chdir((t / "top/sub").c_str()), 0);
     OSErr err = RzOSMakeFSSpec(0, 0, P("\004file"), spec);
     ASSERT_EQ(chdir(cwd), 0);
     EXPECT_EQ(err, noErr);
@@ -254,7 +255,7 @@ TEST(RzOS, WritingFinderInfo) {
     EXPECT_EQ(RzGetBE32(&Attr(h, kStream)[16]), kTEXT);
     EXPECT_EQ(Attr(h, kApple), Fi(kTEXT, ksync, 0));
     EXPECT_EQ(SidecarType(t / "._h"), kTEXT);
-    EXPECT_TRUE(Attr(f, kStream).empty() && Attr(f, kApple).empty());
+    EXPECT_EQ(Attr(f, kStream).size() + Attr(f, kApple).size(), 0u);
     EXPECT_NE(access((t / "._f.txt").c_str(), F_OK), 0);
     EXPECT_EQ(RzOSChangeFinderFlags((t / "none").c_str(), true, kIsInvisible), fnfErr);
 }

@@ -84,4 +84,33 @@ inline std::string Bytes(const char* p, size_t n) {
     return std::string(p, n);
 }
 
+// Several values as one text, "a|b|c", so that one assertion checks them all
+// and a failure still shows each value.
+inline std::string TestText(const RzString& s) {
+    return s.c_str();
+}
+inline std::string TestText(const std::string& s) {
+    return s;
+}
+inline std::string TestText(const char* s) {
+    return s ? s : "(null)";
+}
+inline std::string TestText(bool b) {
+    return b ? "true" : "false";
+}
+template <class Number>
+std::string TestText(Number v) {
+    return std::to_string(v);
+}
+template <class... T>
+std::string Joined(const T&... values) {
+    std::string joined;
+    bool first = true;
+    for (const std::string& v : {TestText(values)...}) {
+        joined += (first ? "" : "|") + v;
+        first = false;
+    }
+    return joined;
+}
+
 #endif
