@@ -310,15 +310,20 @@ OSErr WriteStores(const char* path, const struct stat& st, Stores& s, const unsi
     return result;
 }
 
+// ReadStores on an existing item, whose stat goes to `st`.
+OSErr ReadItem(const char* path, struct stat& st, Stores& s, unsigned char* fi, bool all) {
+    if (!path) return paramErr;
+    if (stat(path, &st) != 0) return RzOSErrFromErrno(errno);
+    return ReadStores(path, s, fi, all);
+}
+
 // Read-modify-write of the Finder information through `change`.
 template <typename Change>
 OSErr UpdateFinderInfo(const char* path, Change change) {
-    if (!path) return paramErr;
     struct stat st;
-    if (stat(path, &st) != 0) return RzOSErrFromErrno(errno);
     Stores s;
     unsigned char before[kRzFinderInfoSize], after[kRzFinderInfoSize];
-    OSErr err = ReadStores(path, s, before, true);
+    const OSErr err = ReadItem(path, st, s, before, true);
     if (err != noErr) return err;
     memcpy(after, before, sizeof after);
     change(after);
@@ -642,12 +647,10 @@ OSErr RzOSResolveAliasSpec(FSSpec& spec) {
 
 OSErr RzOSReadFinderInfo(const char* path, uint32_t& type, uint32_t& creator, uint16_t& flags,
                          bool* isDirectory) {
-    if (!path) return paramErr;
     struct stat st;
-    if (stat(path, &st) != 0) return RzOSErrFromErrno(errno);
     Stores s;
     unsigned char fi[kRzFinderInfoSize];
-    OSErr err = ReadStores(path, s, fi, false);
+    const OSErr err = ReadItem(path, st, s, fi, false);
     if (err != noErr) return err;
     type = RzFinderInfoType(fi);
     creator = RzFinderInfoCreator(fi);
