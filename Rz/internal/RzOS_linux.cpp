@@ -408,7 +408,7 @@ std::string KnownFolderPath(uint32_t folderType) {
         default:
             break;
     }
-    while (path.size() > 1 && path.back() == '/') path.pop_back();
+    RzPathTrimSlashes(path);
     return path;
 }
 

@@ -15,6 +15,10 @@ std::string RzPathJoin(const std::string& folder, const std::string& name) {
     return folder == "/" ? "/" + name : folder + "/" + name;
 }
 
+void RzPathTrimSlashes(std::string& path) {
+    while (path.size() > 1 && path.back() == '/') path.pop_back();
+}
+
 std::vector<std::string> RzHFSPathParts(const std::string& name) {
     std::vector<std::string> parts;
     if (name.empty()) return parts;

@@ -14,6 +14,9 @@ std::string RzPathFolder(const std::string& path);
 std::string RzPathLeaf(const std::string& path);
 // `name` inside `folder`: one '/' between them, none added behind "/".
 std::string RzPathJoin(const std::string& folder, const std::string& name);
+// Drops the '/' at the end of a folder's path, all but the first character
+// ("/a//" gives "/a", "/" stays "/").
+void RzPathTrimSlashes(std::string& path);
 
 // The parts of a name as FSMakeFSSpec reads it, the last one being the item:
 // - "" gives no parts (the folder itself);

@@ -2,6 +2,8 @@
 
 #include <string.h>
 
+#include <Rz/internal/RzPaths.h>
+
 namespace {
 
 const char* SkipBlanks(const char* p, const char* end) {
@@ -29,7 +31,7 @@ bool ValueOfLine(const char* p, const char* end, const char* key, size_t keyLeng
     }
     for (; p < end; ++p) {
         if (*p == '"') {
-            while (value.size() > 1 && value.back() == '/') value.pop_back();
+            RzPathTrimSlashes(value);
             return !value.empty();
         }
         if (*p == '\\' && p + 1 < end) ++p;

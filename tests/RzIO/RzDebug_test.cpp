@@ -39,7 +39,7 @@ namespace {
 struct FailingStream : RzStreamImplemented {
     uint32_t Write(const void*, uint32_t, uint32_t*) override {
         ++attempts;
-        if (kind == 0) RzRaise(kRzFileWriteFailed, "RzFileWriteFailed", "test", 1);
+        if (kind == 0) RzRaiseCode(kRzFileWriteFailed, "test", 1);
         throw 42;
     }
     int kind = 0, attempts = 0;
@@ -77,7 +77,7 @@ TEST(RzDebug, LogFileIsKeptWhenTheNameIsClearedAndFailuresAreDropped) {
     // A file that cannot be opened: messages and error lines are dropped.
     RzSetDebugOutputFileImpl(RzString((dir / "missing/log.txt").c_str()));
     RzDebugWriteImpl(1, "dropped");
-    EXPECT_RZ_ERROR(RzRaise(kRzArgErr, "RzArgErr", "test", 1), kRzArgErr, "RzArgErr");
+    EXPECT_RZ_ERROR(RzRaiseCode(kRzArgErr, "test", 1), kRzArgErr, "RzArgErr");
     EXPECT_EQ(access((dir / "missing").c_str(), F_OK), -1);
 }
 

@@ -26,6 +26,9 @@ TEST(RzPaths, PosixPieces) {
     }
     EXPECT_EQ(RzPathJoin("/", "a"), "/a");
     EXPECT_EQ(RzPathJoin("/x", "a"), "/x/a");
+    std::string trimmed[] = {"/a//", "a/", "/", "//"};
+    for (std::string& path : trimmed) RzPathTrimSlashes(path);
+    EXPECT_EQ(Joined(trimmed[0], trimmed[1], trimmed[2], trimmed[3]), "/a|a|/|/");
 }
 
 TEST(RzPaths, HFSRelativePaths) {

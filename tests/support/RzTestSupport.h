@@ -38,18 +38,6 @@ RzError CatchRzError(F statement) {
     return RzError();
 }
 
-// Saves the debug level and restores it when the test ends.
-class DebugLevelGuard {
-public:
-    explicit DebugLevelGuard(int level) : saved(RzGetDebugLevelImpl()) {
-        RzSetDebugLevelImpl(level);
-    }
-    ~DebugLevelGuard() { RzSetDebugLevelImpl(saved); }
-
-private:
-    int saved;
-};
-
 // Captures the debug output: while it lives, the debug level is `level` and
 // every debug write lands in `writes` (one element per Write call). The whole
 // debug state (level, stream, log file name) is put back at the end.
