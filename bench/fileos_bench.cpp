@@ -11,7 +11,7 @@
 #include <string>
 
 #include <Rz/internal/RzAppleDouble.h>
-#include <Rz/internal/RzFileOS.h>
+#include <Rz/internal/RzOS.h>
 
 namespace {
 

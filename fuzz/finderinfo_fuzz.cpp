@@ -1,6 +1,7 @@
 // Finder information containers and the texts the file layer parses, from
 // untrusted bytes: AppleDouble headers, server records, AFP information
-// streams, user-dirs.dirs texts and Mac traditional Chinese names.
+// streams, user-dirs.dirs texts, ':' relative paths, kernel releases and Mac
+// traditional Chinese names.
 #include <stdint.h>
 #include <string.h>
 
@@ -8,8 +9,10 @@
 #include <vector>
 
 #include <Rz/internal/RzAppleDouble.h>
-#include <Rz/internal/RzFileOS.h>
+#include <Rz/internal/RzBCDVersion.h>
+#include <Rz/internal/RzPaths.h>
 #include <Rz/internal/RzTextEncoding.h>
+#include <Rz/internal/RzUserDirs.h>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     uint32_t offset = 0, length = 0;
@@ -30,8 +33,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         __builtin_trap();
 
     std::string text(reinterpret_cast<const char*>(data), size);
-    RzString dir = RzOSUserDirFromText(text.c_str(), "XDG_DOCUMENTS_DIR", "/home/u");
-    if (dir.length() > 0 && dir.c_str()[0] != '/') __builtin_trap();
+    const std::string dir = RzUserDirFromText(text.c_str(), "XDG_DOCUMENTS_DIR", "/home/u");
+    if (!dir.empty() && dir[0] != '/') __builtin_trap();
+    // Every part names one item: none is empty, and the parts of a relative
+    // path hold no '/'.
+    for (const std::string& part : RzHFSPathParts(text))
+        if (part.empty() || (text[0] == ':' && part.find('/') != std::string::npos))
+            __builtin_trap();
+    // Four decimal digits.
+    const int32_t bcd = RzBCDVersionFromRelease(text.c_str());
+    for (int shift = 0; shift < 16; shift += 4)
+        if (((bcd >> shift) & 0xF) > 9) __builtin_trap();
+    if (bcd >> 16) __builtin_trap();
 
     unsigned char pascal[256];
     pascal[0] = static_cast<unsigned char>(size > 255 ? 255 : size);

@@ -1,34 +1,47 @@
 // The Mac OS file layer: file specs turned into the system's
 // references and open files. Everything that touches the system goes through
-// the file seam (Rz/internal/RzFileOS.h); this unit holds only the logic the
-// layer has on every system.
+// the operating-system seam (Rz/internal/RzOS.h); this unit holds only the
+// logic the layer has on every system.
 #include <Rz/Mac/RzMacToolsOSX.h>
 
 #include <stdio.h>
+#include <string.h>
 
-#include <Rz/internal/RzFileOS.h>
+#include <string>
+
+#include <Rz/FileSpec/RzFileSpec.h>
+#include <Rz/internal/RzOS.h>
+#include <Rz/internal/RzPaths.h>
 #include <Rz/internal/RzRaise.h>
+#include <Rz/internal/RzTextEncoding.h>
 
 static const char kRzUnit[] = "RzMacToolsOSX";
 
 namespace {
 
+// FSPathMakeFSSpec: the FSSpec of the existing item at `path`.
+OSErr PathMakeFSSpec(const char* path, FSSpec& fsspec) {
+    FSRef ref;
+    const OSErr err = RzOSPathMakeRef(path, ref, nullptr);
+    return err != noErr ? err : RzOSRefMakeFSSpec(ref, fsspec);
+}
+
 // An FSSpec for `name` inside the folder that `folder` names. The Mac builds
 // the relative path ":folder:name" from the folder's parent; the root folder
 // has no name of its own here, so an item in it is asked for from the root
-// directly. '/' stands for ':' in the parts of such a path (RzOSHFSName).
+// directly. '/' stands for ':' in the parts of such a path (RzHFSName).
 OSErr MakeSpecInFolder(const FSSpec& folder, const RzString& name, FSSpec& fsspec) {
-    unsigned char pascal[256];
-    RzString relative(":");
+    std::string relative = ":";
     int32_t parent = folder.parID;
     if (folder.name[0] == 0) {
         parent = kRzRootFolderID;
     } else {
-        relative += RzOSHFSName(RzString(folder.name).c_str());
-        relative += ":";
+        relative += RzHFSName(RzString(folder.name).c_str()) + ":";
     }
-    relative += RzOSHFSName(name.c_str());
-    return RzOSMakeFSSpec(folder.vRefNum, parent, relative.p_str(pascal), fsspec);
+    relative += RzHFSName(name.c_str());
+    unsigned char pascal[256];
+    RzString(relative.c_str()).p_str(pascal);
+    return RzOSMakeFSSpec(folder.vRefNum, parent, pascal, fsspec);
 }
 
 // Type 0 and creator 0. With type 0 no table row pairs a creator with it, so
@@ -50,7 +63,7 @@ int32_t RzFileSpecToFSRef(FSRef& ref, const RzFileSpec& spec) {
         // The item may still lie in an existing folder under a name the path
         // route could not reach; a missing item gives fnfErr from here.
         FSSpec folder, item;
-        err = RzOSPathMakeFSSpec(spec.GetPath().c_str(), folder);
+        err = PathMakeFSSpec(spec.GetPath().c_str(), folder);
         if (err != noErr) return err;
         err = MakeSpecInFolder(folder, name, item);
         if (err != noErr) return err;
@@ -61,13 +74,13 @@ int32_t RzFileSpecToFSRef(FSRef& ref, const RzFileSpec& spec) {
 }
 
 void RzFileSpecToFSSpec(FSSpec& fsspec, const RzFileSpec& spec) {
-    if (RzOSPathMakeFSSpec(spec.GetFullName().c_str(), fsspec) == noErr) {
+    if (PathMakeFSSpec(spec.GetFullName().c_str(), fsspec) == noErr) {
         RzOSResolveAliasSpec(fsspec);
         return;
     }
     RzString name = spec.GetName();
     FSSpec folder;
-    if (name.length() > 0 && RzOSPathMakeFSSpec(spec.GetPath().c_str(), folder) == noErr) {
+    if (name.length() > 0 && PathMakeFSSpec(spec.GetPath().c_str(), folder) == noErr) {
         // A missing item still gets a usable FSSpec: its folder and name.
         MakeSpecInFolder(folder, name, fsspec);
         RzOSResolveAliasSpec(fsspec);
@@ -196,8 +209,16 @@ int32_t RzMacCreateDir(const RzFileSpec& spec) {
     FSRef ref;
     int32_t err = RzFileSpecToFSRef(ref, parent);
     if (err != noErr) return err;
+    // The name is given in the Mac traditional Chinese encoding (text
+    // encoding 2), as the framework always did; a zero byte cannot be part of
+    // a file system name.
     unsigned char pascal[256];
-    return RzOSCreateDirectory(ref, spec.GetName().p_str(pascal));
+    spec.GetName().p_str(pascal);
+    if (memchr(pascal + 1, 0, pascal[0])) return bdNamErr;
+    RzString name;
+    const OSErr converted = RzMacChineseTradToUTF8(pascal, name);
+    if (converted != noErr) return converted;
+    return RzOSCreateDirectory(ref, name.c_str());
 }
 
 int32_t RzMacMoveFile(const RzFileSpec& source, const RzFileSpec& destination) {
@@ -255,5 +276,6 @@ FILE* RzMacOpenFile(RzFileSpec& spec, eRzFileAccess access) {
 }
 
 int32_t RzMacSetWorkingDir(int besideExecutable) {
-    return RzOSSetWorkingDir(besideExecutable);
+    const std::string folder = RzApplicationFolder(RzOSExecutablePath().c_str(), besideExecutable);
+    return folder.empty() ? -1 : RzOSChangeWorkingDir(folder.c_str());
 }

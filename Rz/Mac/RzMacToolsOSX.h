@@ -13,10 +13,11 @@
 #include <stdint.h>
 #include <stdio.h>
 
-#include <Rz/FileSpec/RzFileSpec.h>
 #include <Rz/Mac/RzMacTypes.h>
 #include <Rz/RzCore/RzString.h>
-#include <Rz/RzIO/RzStream.h>
+#include <Rz/RzIO/RzFileAccess.h>
+
+class RzFileSpec;
 
 // --- From a file spec -------------------------------------------------
 
@@ -49,7 +50,11 @@ int32_t RzMacReadCreatorType(RzFileSpec& spec);
 // folder that cannot be found or created leaves the name alone. Raises
 // "RzArgErr" (3) for a value outside the enumeration (11 or more).
 void RzMacSetPath(RzFileSpec& spec, RzFolderType folder);
-// Creates the folder that spec names.
+// Creates the folder that spec names in its parent folder. The name is read
+// in the Mac traditional Chinese encoding (ASCII names are unchanged): bytes
+// that encoding does not define give its conversion error (-8739, -8740) and
+// create nothing; an empty name, ".", "..", or one holding a zero byte gives
+// -37; an existing item -48; a missing parent the parent lookup's error.
 int32_t RzMacCreateDir(const RzFileSpec& spec);
 // rename(); 0 or -1.
 int32_t RzMacMoveFile(const RzFileSpec& source, const RzFileSpec& destination);
@@ -62,7 +67,10 @@ int32_t RzMacSetVisible(const RzFileSpec& spec, bool visible);
 // "FileNotOpen (for reading): <path>" or "FileNotOpen: (for writing)<path>"
 // when the file cannot be opened; returns null for any other access value.
 FILE* RzMacOpenFile(RzFileSpec& spec, eRzFileAccess access);
-// Changes to the executable's folder (non-zero) or the application's folder.
+// Changes to the executable's folder (non-zero) or the application's folder:
+// the folder that holds "<name>.app" when the executable sits in
+// "<name>.app/Contents/MacOS/", else the executable's folder. 0, or -1 when
+// the executable's path cannot be read or the change fails.
 int32_t RzMacSetWorkingDir(int besideExecutable);
 
 #endif

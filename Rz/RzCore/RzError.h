@@ -1,11 +1,18 @@
 // RzError: the framework's one exception type.
 //
-// Every failure in Rz is reported by throwing an RzError by value. An error
-// carries a numeric code (0 means "no error"), a short symbolic name such as
+// Rz reports its failures by throwing an RzError by value. An error carries a
+// numeric code (0 means "no error"), a short symbolic name such as
 // "RzArgErr", the base name of the source unit that raised it (for example
 // "RzString") and the line. There is no hierarchy: callers tell errors apart by
 // code or by name. RzError does not derive from std::exception; catch it by
 // type (`catch (const RzError& e)`).
+//
+// Allocation failures are the exception: strings and containers take their
+// memory from the global operator new, whose std::bad_alloc propagates as it
+// is (so does a string beyond its largest length). Only blocks taken through
+// the memory manager (RzAlloc) turn an allocation failure into
+// "RzMemFullErr". The Mac OS file layer returns result codes instead of
+// throwing, except where it says otherwise.
 //
 // Constructing an error with a non-zero code writes one line at debug level 1
 // through the debug output ("RzError: %d \"%s\", file \"%s\", line %d"), so that
@@ -41,7 +48,9 @@ public:
 
     // "No Error" for code 0; otherwise "Error=%ld (%s)" with code and name,
     // the code printed as a signed 32-bit number. The text lives in one
-    // process-wide buffer that the next call replaces: copy it if you keep it.
+    // process-wide buffer that every call replaces, by design: it is valid
+    // until the next call of what() on any error, from anywhere (and not
+    // safe to call from two threads at once). Copy it if you keep it.
     const char* what() const;
 
     // Throws RzError(68, "System error: <err>[ <text>]", no file, line 0).

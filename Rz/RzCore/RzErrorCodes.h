@@ -34,10 +34,10 @@
 
 enum {
     kRzNoErr = 0,
+    kRzSysErr = 68,  // RzError::ThrowSysError; the name is the message
 #define RZ_ERROR_CODE_CONSTANT(name, code) k##name = code,
     RZ_ERROR_CODES(RZ_ERROR_CODE_CONSTANT)
 #undef RZ_ERROR_CODE_CONSTANT
-        kRzSysErr = 68  // RzError::ThrowSysError; the name is the message
 };
 
 // The fixed name of a code of the table ("RzFormatErr" for 19), or null for

@@ -10,6 +10,7 @@
 
 #include <Rz/Mac/RzByteOrder.h>
 #include <Rz/RzCore/RzError.h>
+#include <Rz/internal/RzFormat.h>
 #include <Rz/internal/RzOS.h>
 #include <Rz/internal/RzRaise.h>
 #include <Rz/internal/RzStringBuffer.h>
@@ -64,36 +65,6 @@ RzStringData* CopyStringData(const char* source, int32_t n, bool isBinary, bool 
     d->length = n;
     d->lengthIsCounted = counted && !isBinary;
     return d;
-}
-
-// vsnprintf into a string, however long the result.
-RzString FormatV(const char* format, va_list args) {
-    char small[4096];
-    va_list again;
-    va_copy(again, args);
-    int n = vsnprintf(small, sizeof small, format, args);
-    RzString result;
-    if (n < 0) {
-        n = 0;
-    } else if (static_cast<size_t>(n) < sizeof small) {
-        result.Set(small, static_cast<int32_t>(strlen(small)));
-    } else {
-        char* big = new char[static_cast<size_t>(n) + 1];
-        vsnprintf(big, static_cast<size_t>(n) + 1, format, again);
-        result.Set(big, static_cast<int32_t>(strlen(big)));
-        delete[] big;
-    }
-    va_end(again);
-    return result;
-}
-
-RzString Format(const char* format, ...) RZ_PRINTF_FORMAT(1, 2);
-RzString Format(const char* format, ...) {
-    va_list args;
-    va_start(args, format);
-    RzString result = FormatV(format, args);
-    va_end(args);
-    return result;
 }
 
 }  // namespace
@@ -537,20 +508,20 @@ double RzString::atof() const {
 }
 
 RzString RzString::ltoa(int32_t v) {
-    *this = Format("%ld", static_cast<long>(v));
-    return *this;
+    return Printf("%ld", static_cast<long>(v));
 }
 
 RzString RzString::ftoa(double v, const char* format) {
-    *this = Format(format ? format : "%f", v);
-    return *this;
+    return Printf(format ? format : "%f", v);
 }
 
 RzString RzString::Printf(const char* format, ...) {
     va_list args;
     va_start(args, format);
-    *this = FormatV(format, args);
+    RzFormatted formatted(format, args);
     va_end(args);
+    // The text runs to its first zero byte, as the classic sprintf result.
+    Set(formatted.Text(), static_cast<int32_t>(strlen(formatted.Text())));
     return *this;
 }
 

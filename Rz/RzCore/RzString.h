@@ -14,6 +14,10 @@
 // Strings are not thread-safe: the count is a plain integer and even length()
 // may update the shared header, so a string and its copies belong to one
 // thread at a time.
+//
+// Buffers come from the global operator new: an allocation failure, and a
+// buffer beyond 2^31 - 1 bytes, propagate as std::bad_alloc, not as an
+// RzError.
 #ifndef RZ_RZCORE_RZSTRING_H
 #define RZ_RZCORE_RZSTRING_H
 
@@ -21,7 +25,9 @@
 #include <stdint.h>
 
 #include <Rz/RzCore/RzDefs.h>
-#include <Rz/RzData/RzArray.h>
+
+template <class T>
+class RzArray;
 
 // The shared buffer: header and characters in one block from the global
 // operator new. chars[capacity] is always zero.

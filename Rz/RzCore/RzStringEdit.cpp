@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include <Rz/RzData/RzArray.h>
 #include <Rz/internal/RzRaise.h>
 #include <Rz/internal/RzStringBuffer.h>
 

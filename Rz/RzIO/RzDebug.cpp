@@ -1,7 +1,6 @@
 #include <Rz/RzIO/RzDebug.h>
 
 #include <stdarg.h>
-#include <stdio.h>
 #include <string.h>
 
 #include <vector>
@@ -9,6 +8,7 @@
 #include <Rz/FileSpec/RzFileSpec.h>
 #include <Rz/RzIO/RzFile.h>
 #include <Rz/RzIO/RzStdStream.h>
+#include <Rz/internal/RzFormat.h>
 
 namespace {
 
@@ -110,28 +110,21 @@ void RzDebugWriteImpl(int level, const RzString& text) {
 
 void RzDebugPrintfImpl(int level, const char* format, ...) {
     if (level > gDebugLevel) return;
-    const size_t kSize = 4096;
-    char buffer[kSize];
     va_list args;
     va_start(args, format);
-    const int n = vsnprintf(buffer, kSize, format, args);
+    RzFormatted formatted(format, args);
     va_end(args);
+    const int n = formatted.Length();
     if (n < 0) return;
-    if (static_cast<size_t>(n) < kSize) {
-        if (n >= 1 && n <= static_cast<int>(kSize) - 2 && buffer[n - 1] != '\n') {
-            buffer[n] = '\n';
-            buffer[n + 1] = 0;
-        }
-        RzDebugWriteImpl(level, buffer);
-        return;
+    // A line end goes into the classic buffer when there is room for it (1 to
+    // 4094 characters); a longer result gets its line end from
+    // RzDebugWriteImpl, as a second write.
+    char* text = formatted.Text();
+    if (n >= 1 && n <= RzFormatted::kClassicSize - 2 && text[n - 1] != '\n') {
+        text[n] = '\n';
+        text[n + 1] = 0;
     }
-    // A result that does not fit the classic buffer comes out whole instead of
-    // overrunning it; RzDebugWriteImpl adds its line end.
-    std::vector<char> large(static_cast<size_t>(n) + 1);
-    va_start(args, format);
-    vsnprintf(large.data(), large.size(), format, args);
-    va_end(args);
-    RzDebugWriteImpl(level, large.data());
+    RzDebugWriteImpl(level, text);
 }
 
 void RzDebugBreakImpl() {}

@@ -14,7 +14,8 @@
 
 #include <Rz/RzCore/RzDefs.h>
 #include <Rz/RzCore/RzString.h>
-#include <Rz/RzIO/RzStream.h>
+
+class RzStream;
 
 // The default stream: an RzStdOutStream built on the first call and
 // destroyed at exit.

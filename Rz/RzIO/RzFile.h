@@ -58,11 +58,18 @@ public:
     virtual void SetSpec(const RzFileSpec& spec);
     virtual void GetSpec(RzFileSpec& out) const;
     // Opens the file unless it is already open (then nothing changes, the
-    // access mode included). Failures of RzMacOpenFile pass through; a null
-    // result raises code 12 with "FileNotOpen (for reading, errno=<n>):
-    // <path>", "FileNotOpen (for writing, errno=<n>): <path>" or, for any
-    // other access value, "FileNotOpen: <path>" as the error's name and no
-    // source location. The bool is ignored.
+    // access mode included). The bool is ignored. A failure raises code 12
+    // with a message as the error's name and no source location (<path> is
+    // the spec's full name):
+    // - eRzFileRead: "FileNotOpen (for reading): <path>", raised by
+    //   RzMacOpenFile;
+    // - eRzFileWrite and eRzFileReadWrite: "FileNotOpen: (for
+    //   writing)<path>" (no blank before the path), raised by RzMacOpenFile;
+    // - any other access value, eRzFileNone included: "FileNotOpen: <path>".
+    // Should the layer ever report a failed open by a null result instead of
+    // raising, a reading mode gives "FileNotOpen (for reading, errno=<n>):
+    // <path>" and a writing mode "FileNotOpen (for writing, errno=<n>):
+    // <path>"; RzMacOpenFile as it stands never does.
     virtual void Open(eRzFileAccess access, bool);
     // Closes the file if open and sets the access mode to eRzFileNone, so
     // that later operations no longer reopen it.

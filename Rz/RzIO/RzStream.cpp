@@ -45,40 +45,36 @@ RzStream& operator<<(RzStream& s, const char* text) {
 
 namespace {
 
-// Large enough for every integer and for "%7.2f" of any double (at most 309
-// integer digits, the sign, the point and two decimals).
-const size_t kNumberBuffer = 400;
+// One number as text through the stream's Write. The buffer is large enough
+// for every integer and for "%7.2f" of any double (at most 309 integer
+// digits, the sign, the point and two decimals).
+template <typename Number>
+RzStream& WriteNumber(RzStream& s, const char* format, Number v) {
+    char text[400];
+    snprintf(text, sizeof text, format, v);
+    return s << static_cast<const char*>(text);
+}
 
 }  // namespace
 
 RzStream& operator<<(RzStream& s, double v) {
-    char text[kNumberBuffer];
-    snprintf(text, sizeof text, "%7.2f", v);
-    return s << static_cast<const char*>(text);
+    return WriteNumber(s, "%7.2f", v);
 }
 
 RzStream& operator<<(RzStream& s, int v) {
-    char text[kNumberBuffer];
-    snprintf(text, sizeof text, "%d", v);
-    return s << static_cast<const char*>(text);
+    return WriteNumber(s, "%d", v);
 }
 
 RzStream& operator<<(RzStream& s, long v) {
-    char text[kNumberBuffer];
-    snprintf(text, sizeof text, "%ld", v);
-    return s << static_cast<const char*>(text);
+    return WriteNumber(s, "%ld", v);
 }
 
 RzStream& operator<<(RzStream& s, unsigned int v) {
-    char text[kNumberBuffer];
-    snprintf(text, sizeof text, "%u", v);
-    return s << static_cast<const char*>(text);
+    return WriteNumber(s, "%u", v);
 }
 
 RzStream& operator<<(RzStream& s, unsigned long v) {
-    char text[kNumberBuffer];
-    snprintf(text, sizeof text, "%lu", v);
-    return s << static_cast<const char*>(text);
+    return WriteNumber(s, "%lu", v);
 }
 
 void RzCopyStream(RzStream& source, RzStream& destination, int32_t length, uint32_t chunkSize) {

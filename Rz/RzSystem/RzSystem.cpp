@@ -7,6 +7,8 @@
 
 static const char kRzUnit[] = "RzSystem";
 
+#include <Rz/FileSpec/RzFileSpec.h>
+
 bool RzSystem::FileExists(const RzFileSpec& spec) {
     // Existence as the C library sees it: a file that cannot be read counts
     // as absent, a folder as whatever fopen makes of it.

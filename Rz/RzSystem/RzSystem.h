@@ -3,8 +3,9 @@
 #ifndef RZ_RZSYSTEM_RZSYSTEM_H
 #define RZ_RZSYSTEM_RZSYSTEM_H
 
-#include <Rz/FileSpec/RzFileSpec.h>
 #include <Rz/RzSystem/RzDate.h>
+
+class RzFileSpec;
 
 class RzSystem {
 public:

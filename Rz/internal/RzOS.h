@@ -1,6 +1,30 @@
-// The operating-system seam. Everything the framework needs from the system
-// that is not the C library is declared here and implemented once per system
-// (RzOS_linux.cpp); the shared logic above it never tests for a platform.
+// The operating-system seam: everything the framework needs from the system
+// beyond the C library, and nothing else. It is implemented by exactly one
+// file per system (RzOS_linux.cpp here, chosen by CMake), so that a new system
+// is one new file; the logic above the seam, and the rules that hold on every
+// system (Rz/internal/RzPaths.h, RzUserDirs.h, RzBCDVersion.h,
+// RzAppleDouble.h), never test for a platform. docs/platform.md maps each call
+// to what Linux does.
+//
+// The calls are grouped by concern; a new call goes into the section of its
+// concern:
+//   - result codes: the system's errors as File Manager codes;
+//   - the system: version and platform, and the system's clocks;
+//   - the process: its executable, its working directory, and the programs
+//     it starts;
+//   - streams: what the C library's streams cannot say themselves;
+//   - items: references to files and folders, FSSpecs, folder IDs, and
+//     operations on whole items;
+//   - attributes of items: Finder information and other flags kept beside
+//     an item's contents;
+//   - folders: well-known folders and creating folders.
+// Calls of the desktop (clipboard, keyboard, bell, screen saver) get a
+// section of their own at the end.
+//
+// The file calls stand in for the File Manager calls the Mac OS file layer is
+// written against and keep their contracts: they return File Manager result
+// codes (OSErr) and throw nothing. Paths are POSIX paths in the file
+// system's own bytes (UTF-8 by convention).
 #ifndef RZ_INTERNAL_RZOS_H
 #define RZ_INTERNAL_RZOS_H
 
@@ -8,20 +32,35 @@
 #include <stdint.h>
 #include <stdio.h>
 
-// The system version in the framework's BCD form, or 0 when it cannot be read.
+#include <Rz/Mac/RzMacTypes.h>
+#include <Rz/RzCore/RzString.h>
+
+// --- Result codes ------------------------------------------------------------
+
+// The File Manager code for an errno value; 0 gives noErr, anything unlisted
+// ioErr (the table is in docs/platform.md).
+OSErr RzOSErrFromErrno(int err);
+
+// --- The system --------------------------------------------------------------
+
+// The system version in the framework's BCD form (RzBCDVersion.h), or 0 when
+// it cannot be read.
 int32_t RzOSSystemVersion();
 
-// The platform code of this system, or 0 when it is to be derived from the
-// system version (Mac OS).
+// The platform code of this system (kRzPlatform...), or 0 when it is to be
+// derived from the system version (Mac OS).
 int32_t RzOSPlatform();
 
-// BCD form of a version: two digits of major, one of minor, one of patch;
-// each field is clamped to 0..99, 0..9 and 0..9.
-int32_t RzBCDVersion(long major, long minor, long patch);
+// --- The process ---------------------------------------------------------------
 
-// Reads "major.minor.patch..." from a release text such as "6.1.0-18-amd64";
-// missing fields count as 0. Returns 0 when the text starts with no number.
-int32_t RzBCDVersionFromRelease(const char* release);
+// The running executable's absolute path, links resolved; "" when it cannot
+// be read.
+RzString RzOSExecutablePath();
+
+// Makes `folder` the working directory: 0, or -1 when that fails.
+int RzOSChangeWorkingDir(const char* folder);
+
+// --- Streams -------------------------------------------------------------------
 
 // Makes every later write to the open stream go to the end of its file in
 // one piece, also when other processes append to the same file: the
@@ -31,6 +70,8 @@ int32_t RzBCDVersionFromRelease(const char* release);
 // then writes where it is positioned).
 bool RzOSAppendEveryWrite(FILE* stream);
 
+// --- Memory ------------------------------------------------------------------
+
 // The size of the system's large pages, a power of two, or 0 without them.
 size_t RzOSLargePageSize();
 
@@ -39,5 +80,130 @@ size_t RzOSLargePageSize();
 // takes a few page faults instead of one per small page. Changes no content
 // and may do nothing.
 void RzOSPreferLargePages(void* p, size_t n);
+
+// --- Items ---------------------------------------------------------------------
+
+// FSPathMakeRef: a reference to the existing item at `path` (absolute, or
+// relative to the working directory), every symbolic link resolved.
+// `isDirectory`, when given, tells whether it is a folder. fnfErr when the
+// item (or a link's target) does not exist, paramErr for a null path.
+OSErr RzOSPathMakeRef(const char* path, FSRef& ref, bool* isDirectory);
+
+// FSResolveAliasFile: resolves the reference again (aliases are symbolic
+// links here, already resolved by RzOSPathMakeRef; a reference never names a
+// link). fnfErr when the item is gone. `isFolder` and `wasAliased` are set
+// when given; wasAliased is true when the stored path was not the resolved one.
+OSErr RzOSResolveAlias(FSRef& ref, bool* isFolder, bool* wasAliased);
+
+// FSRefMakePath: the reference's path. fnfErr when the item no longer exists,
+// paramErr for an empty reference. No length limit beyond the system's.
+OSErr RzOSRefMakePath(const FSRef& ref, RzString& path);
+
+// PBMakeFSRefSync with an empty name: a reference to the folder `dirID` of
+// volume `vRefNum` (0 stands for kRzRootVolume). nsvErr for another volume,
+// dirNFErr for an ID that names no folder (0 and 1 included) or a folder that
+// has been moved or deleted since its ID was handed out.
+OSErr RzOSFolderMakeRef(short vRefNum, int32_t dirID, FSRef& ref);
+
+// FSMakeFSSpec: the item `name` (a Pascal string, read as RzHFSPathParts
+// reads it: empty for the folder itself, one plain name, or a ':' relative
+// path) of the folder `dirID`. vRefNum 0 and dirID 0 stand for the working
+// directory's volume and folder. Returns noErr when the item exists, fnfErr
+// when only its folder exists (the FSSpec is still filled in and usable to
+// create the item), dirNFErr or nsvErr when the folder cannot be found (then
+// the FSSpec holds vRefNum 0, parID 0 and the last part of the name). The
+// item's name in the FSSpec is not resolved: a link is named as the link.
+OSErr RzOSMakeFSSpec(short vRefNum, int32_t dirID, const unsigned char* name, FSSpec& spec);
+
+// FSGetCatalogInfo asking for the FSSpec: the FSSpec of an existing item (its
+// parent folder's ID and its name). The root folder is {kRzRootVolume,
+// kRzRootParentID, ""}. fnfErr when the item is gone, paramErr for an empty
+// reference.
+OSErr RzOSRefMakeFSSpec(const FSRef& ref, FSSpec& spec);
+
+// FSpMakeFSRef: a reference to the item an FSSpec names. fnfErr when it does
+// not exist, dirNFErr/nsvErr when its folder cannot be found.
+OSErr RzOSSpecMakeRef(const FSSpec& spec, FSRef& ref);
+
+// ResolveAliasFile on an FSSpec: when the item is a symbolic link, the FSSpec
+// is replaced by that of its final target. fnfErr (FSSpec unchanged) when the
+// item or the target does not exist.
+OSErr RzOSResolveAliasSpec(FSSpec& spec);
+
+// --- Attributes of items -------------------------------------------------------
+//
+// Finder information is kept in extended attributes where Linux file servers
+// keep it (layout in docs/platform.md). Read, in this order: the servers'
+// AppleDouble record "user.org.netatalk.Metadata", the SMB stream
+// "user.DosStream.AFP_AfpInfo:$DATA", "user.com.apple.FinderInfo", and a
+// "._name" AppleDouble file beside the item. Writes go to the first
+// (read-modify-write of a valid record, otherwise a fresh one) and to
+// whichever of the others exist; none of the others is created. `path` is
+// taken as it is (links followed).
+
+// FSGetCatalogInfo with node flags and Finder information: the item's type,
+// creator and Finder flags (0 each when nothing records them, also on a file
+// system without user extended attributes), and whether it is a folder (then
+// type and creator are the first eight bytes of its window rectangle). fnfErr
+// for a missing item; a mapped errno when an attribute cannot be read.
+OSErr RzOSReadFinderInfo(const char* path, uint32_t& type, uint32_t& creator, uint16_t& flags,
+                         bool* isDirectory);
+
+// FSSetCatalogInfo with Finder information, as the layer stamps files: sets
+// the type and the creator, each only where it is non-zero. Nothing is
+// written when nothing changes. wrgVolTypErr when the file system keeps no
+// user extended attributes (and no "._" file was there to update); callers
+// that stamp ignore errors.
+OSErr RzOSWriteFinderInfo(const char* path, uint32_t type, uint32_t creator);
+
+// FSChangeFinderFlags: sets (`set` true) or clears the Finder flags in
+// `flagBits`, keeping the AFP invisible attribute in step with kIsInvisible.
+// noErr without writing when the flags are already so; wrgVolTypErr when
+// they would need a write the file system cannot take.
+OSErr RzOSChangeFinderFlags(const char* path, bool set, uint16_t flagBits);
+
+// --- Folders -------------------------------------------------------------------
+
+// Domains and folder types as the Mac passes them.
+enum {
+    kRzOnSystemDisk = -32768,
+    kRzSystemDomain = -32766,
+    kRzLocalDomain = -32765,
+    kRzNetworkDomain = -32764,
+    kRzUserDomain = -32763
+};
+enum {
+    kRzPreferencesFolderType = 0x70726566,        // 'pref'
+    kRzDocumentsFolderType = 0x646F6373,          // 'docs'
+    kRzTemporaryFolderType = 0x74656D70,          // 'temp'
+    kRzApplicationSupportFolderType = 0x61737570  // 'asup'
+};
+
+// FindFolder: the volume and folder ID of a well-known folder, created (with
+// its missing parents, mode 0700) when `create` is set:
+//   'pref' $XDG_CONFIG_HOME, else ~/.config
+//   'docs' XDG_DOCUMENTS_DIR of $XDG_CONFIG_HOME/user-dirs.dirs, else ~/Documents
+//   'temp' $TMPDIR, else /tmp
+//   'asup' $XDG_DATA_HOME, else ~/.local/share
+// The domain is not consulted (every one of these belongs to the user).
+// fnfErr for another folder type or a missing folder without `create`; a
+// mapped errno when it cannot be created. vRefNum and dirID are 0 on error.
+OSErr RzOSFindFolder(short domain, uint32_t folderType, bool create, short& vRefNum,
+                     int32_t& dirID);
+
+// CMGetColorSyncFolderSpec: the colour profile folder of a domain, created
+// (mode 0755) when missing and `create` is set. The local, system and
+// system-disk domains use /usr/share/color/icc, the user domain
+// $XDG_DATA_HOME/icc (else ~/.local/share/icc); others give fnfErr. With
+// `create` the folder must also be writable by this process (permErr or
+// vLckdErr otherwise), so that a user who may not write the shared folder
+// falls back to his own. vRefNum and dirID are 0 on error.
+OSErr RzOSColorSyncFolder(short domain, bool create, short& vRefNum, int32_t& dirID);
+
+// FSCreateDirectoryUnicode: creates the folder `name`, spelled as the file
+// system spells it, in the folder `parent` (mode 0777 less the umask).
+// dupFNErr when it exists, bdNamErr for a null or empty name, ".", "..", or
+// a name holding '/', paramErr for an empty reference.
+OSErr RzOSCreateDirectory(const FSRef& parent, const char* name);
 
 #endif

@@ -1,43 +1,508 @@
 // Linux implementation of the operating-system seam.
 #include <Rz/internal/RzOS.h>
 
-#include <ctype.h>
+#include <errno.h>
 #include <fcntl.h>
+#include <limits.h>
+#include <pwd.h>
+#include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/types.h>
 #include <sys/utsname.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include <Rz/Mac/RzByteOrder.h>
+#include <Rz/internal/RzAppleDouble.h>
+#include <Rz/internal/RzBCDVersion.h>
+#include <Rz/internal/RzPaths.h>
+#include <Rz/internal/RzUserDirs.h>
 
 namespace {
 
-long Clamp(long v, long hi) {
-    return v < 0 ? 0 : (v > hi ? hi : v);
+// --- Folder IDs ------------------------------------------------------------
+//
+// Process-wide: the folders the framework has handed out an ID for. Changed
+// only by FolderIDFor (under the lock); IDs are never reused, so an FSSpec
+// stays meaningful for the whole run. An entry keeps the device and inode it
+// was handed out for, so that an ID whose folder was moved or deleted reports
+// "folder not found" instead of naming whatever took its place.
+struct Folder {
+    std::string path;
+    dev_t device;
+    ino_t inode;
+};
+std::mutex gFolderLock;
+std::vector<Folder> gFolders;  // ID kFirstFolderID + i
+std::map<std::pair<dev_t, ino_t>, int32_t> gFolderIDs;
+const int32_t kFirstFolderID = 16;  // below: reserved, as on the Mac
+
+std::string ToStd(const RzString& s) {
+    return std::string(s.c_str(), static_cast<size_t>(s.length()));
+}
+
+RzString FromStd(const std::string& s) {
+    return s.empty() ? RzString("") : RzString(s.data(), static_cast<int32_t>(s.size()), false);
+}
+
+std::string FromPascal(const unsigned char* p) {
+    return p ? std::string(reinterpret_cast<const char*>(p + 1), p[0]) : std::string();
+}
+
+void ToPascal(const std::string& s, unsigned char* out) {
+    size_t n = s.size() > 255 ? 255 : s.size();
+    out[0] = static_cast<unsigned char>(n);
+    memcpy(out + 1, s.data(), n);
+}
+
+// The ID of the folder at `path` (resolved, existing: st describes it).
+int32_t FolderIDFor(const std::string& path, const struct stat& st) {
+    struct stat root;
+    if (stat("/", &root) == 0 && root.st_dev == st.st_dev && root.st_ino == st.st_ino)
+        return kRzRootFolderID;
+    std::lock_guard<std::mutex> lock(gFolderLock);
+    auto key = std::make_pair(st.st_dev, st.st_ino);
+    auto found = gFolderIDs.find(key);
+    if (found != gFolderIDs.end()) {
+        gFolders[static_cast<size_t>(found->second - kFirstFolderID)].path = path;
+        return found->second;
+    }
+    int32_t id = kFirstFolderID + static_cast<int32_t>(gFolders.size());
+    gFolders.push_back(Folder{path, st.st_dev, st.st_ino});
+    gFolderIDs[key] = id;
+    return id;
+}
+
+// The path of folder `dirID`; dirNFErr when it names none (any more).
+OSErr FolderPath(short vRefNum, int32_t dirID, std::string& path) {
+    if (vRefNum != 0 && vRefNum != kRzRootVolume) return nsvErr;
+    if (dirID == kRzRootFolderID) {
+        path = "/";
+        return noErr;
+    }
+    Folder folder;
+    {
+        std::lock_guard<std::mutex> lock(gFolderLock);
+        if (dirID < kFirstFolderID ||
+            dirID - kFirstFolderID >= static_cast<int64_t>(gFolders.size()))
+            return dirNFErr;
+        folder = gFolders[static_cast<size_t>(dirID - kFirstFolderID)];
+    }
+    struct stat st;
+    if (stat(folder.path.c_str(), &st) != 0 || !S_ISDIR(st.st_mode) || st.st_dev != folder.device ||
+        st.st_ino != folder.inode)
+        return dirNFErr;
+    path = folder.path;
+    return noErr;
+}
+
+// realpath into a std::string; errno is kept on failure.
+bool Resolve(const std::string& path, std::string& resolved) {
+    char* r = realpath(path.c_str(), nullptr);
+    if (!r) return false;
+    resolved = r;
+    free(r);
+    return true;
+}
+
+// The FSSpec of an existing item at a resolved path.
+OSErr SpecOfResolved(const std::string& resolved, FSSpec& spec) {
+    struct stat st;
+    if (resolved == "/") {
+        spec.vRefNum = kRzRootVolume;
+        spec.parID = kRzRootParentID;
+        spec.name[0] = 0;
+        return noErr;
+    }
+    std::string parent = RzPathFolder(resolved);
+    if (stat(parent.c_str(), &st) != 0) return RzOSErrFromErrno(errno);
+    spec.vRefNum = kRzRootVolume;
+    spec.parID = FolderIDFor(parent, st);
+    ToPascal(RzPathLeaf(resolved), spec.name);
+    return noErr;
+}
+
+// The path an FSSpec names (the item need not exist).
+OSErr SpecPath(const FSSpec& spec, std::string& path) {
+    std::string name = FromPascal(spec.name);
+    if (spec.parID == kRzRootParentID && name.empty() &&
+        (spec.vRefNum == 0 || spec.vRefNum == kRzRootVolume)) {
+        path = "/";
+        return noErr;
+    }
+    std::string folder;
+    OSErr err = FolderPath(spec.vRefNum, spec.parID, folder);
+    if (err == noErr) path = name.empty() ? folder : RzPathJoin(folder, name);
+    return err;
+}
+
+void ClearSpec(FSSpec& spec, const std::string& name) {
+    spec.vRefNum = 0;
+    spec.parID = 0;
+    ToPascal(name, spec.name);
+}
+
+// --- Extended attributes ---------------------------------------------------
+
+const char kMetadataName[] = "user.org.netatalk.Metadata";
+const char kAfpStreamName[] = "user.DosStream.AFP_AfpInfo:$DATA";
+const char kFinderInfoName[] = "user.com.apple.FinderInfo";
+
+enum AttrResult { kAttrFound, kAttrAbsent, kAttrUnsupported, kAttrTooLarge, kAttrError };
+
+// Reads attribute `name` into `buffer` (at most `size` bytes).
+AttrResult ReadAttr(const char* path, const char* name, unsigned char* buffer, size_t size,
+                    size_t* got, int* err) {
+    ssize_t n = getxattr(path, name, buffer, size);
+    if (n >= 0) {
+        *got = static_cast<size_t>(n);
+        return kAttrFound;
+    }
+    *err = errno;
+    if (errno == ENODATA) return kAttrAbsent;
+    if (errno == ENOTSUP) return kAttrUnsupported;
+    if (errno == ERANGE) return kAttrTooLarge;
+    return kAttrError;
+}
+
+// What the item's stores hold. Each store is remembered so that a write can
+// update exactly the ones that exist.
+struct Stores {
+    bool attrsSupported = true;
+    bool metadataValid = false;
+    unsigned char metadata[kRzMetadataSize];
+    bool streamValid = false;
+    size_t streamSize = 0;
+    unsigned char stream[kRzAfpInfoSize + 1];
+    bool appleValid = false;
+    unsigned char apple[kRzFinderInfoSize];
+    bool sidecarValid = false;
+    std::string sidecarPath;
+    uint32_t sidecarOffset = 0;
+    unsigned char sidecar[kRzFinderInfoSize];
+};
+
+std::string SidecarPath(const std::string& path) {
+    const std::string name = RzPathLeaf(path);
+    if (name.empty() || name == "." || name == "..") return "";
+    const std::string folder = RzPathFolder(path);
+    return folder.empty() ? "._" + name : RzPathJoin(folder, "._" + name);
+}
+
+// The Finder information of a "._" file, if it has a valid one.
+bool ReadSidecar(Stores& s) {
+    int fd = open(s.sidecarPath.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) return false;
+    bool ok = false;
+    struct stat st;
+    unsigned char header[4096];
+    ssize_t n =
+        fstat(fd, &st) == 0 && S_ISREG(st.st_mode) ? pread(fd, header, sizeof header, 0) : -1;
+    uint32_t offset = 0, length = 0;
+    if (n > 0 &&
+        RzAppleDoubleFindEntry(header, static_cast<size_t>(n), static_cast<size_t>(st.st_size),
+                               kRzEntryFinderInfo, &offset, &length) &&
+        length >= kRzFinderInfoSize &&
+        pread(fd, s.sidecar, kRzFinderInfoSize, offset) == kRzFinderInfoSize) {
+        s.sidecarOffset = offset;
+        ok = true;
+    }
+    close(fd);
+    return ok;
+}
+
+// Reads the stores in order; `fi` gets the first valid one's Finder
+// information (all zero when none has any). A plain read stops at the first
+// valid store; `all` reads every one, so that a write can update each that
+// exists. Returns noErr or the error that stopped reading.
+OSErr ReadStores(const char* path, Stores& s, unsigned char* fi, bool all) {
+    memset(fi, 0, kRzFinderInfoSize);
+    size_t got = 0;
+    int err = 0;
+    AttrResult r = ReadAttr(path, kMetadataName, s.metadata, sizeof s.metadata, &got, &err);
+    if (r == kAttrUnsupported) {
+        s.attrsSupported = false;
+    } else if (r == kAttrError) {
+        return RzOSErrFromErrno(err);
+    } else {
+        // A record the servers would reject (too long included) counts as none.
+        s.metadataValid = r == kAttrFound && RzMetadataIsValid(s.metadata, got);
+        if (s.metadataValid && !all) {
+            RzMetadataGetFinderInfo(s.metadata, kRzMetadataSize, fi);
+            return noErr;
+        }
+        r = ReadAttr(path, kAfpStreamName, s.stream, sizeof s.stream, &got, &err);
+        if (r == kAttrError) return RzOSErrFromErrno(err);
+        s.streamSize = got;
+        s.streamValid = r == kAttrFound && RzAfpInfoGetFinderInfo(s.stream, got, nullptr);
+        r = ReadAttr(path, kFinderInfoName, s.apple, sizeof s.apple, &got, &err);
+        if (r == kAttrError) return RzOSErrFromErrno(err);
+        s.appleValid = r == kAttrFound && got == kRzFinderInfoSize;
+    }
+    s.sidecarPath = SidecarPath(path);
+    s.sidecarValid = !s.sidecarPath.empty() && ReadSidecar(s);
+
+    if (s.metadataValid)
+        RzMetadataGetFinderInfo(s.metadata, kRzMetadataSize, fi);
+    else if (s.streamValid)
+        RzAfpInfoGetFinderInfo(s.stream, s.streamSize, fi);
+    else if (s.appleValid)
+        memcpy(fi, s.apple, kRzFinderInfoSize);
+    else if (s.sidecarValid)
+        memcpy(fi, s.sidecar, kRzFinderInfoSize);
+    return noErr;
+}
+
+bool IsZero(const unsigned char* p, size_t n) {
+    for (size_t i = 0; i < n; ++i)
+        if (p[i]) return false;
+    return true;
+}
+
+// Writes `fi` to every store that exists, and to the servers' record whether
+// or not it exists (a fresh one when there is none, unless there is nothing to
+// record). The result is that of the record's write; a file system without
+// extended attributes counts as written when a "._" file took the change.
+OSErr WriteStores(const char* path, const struct stat& st, Stores& s, const unsigned char* fi) {
+    OSErr result = noErr;
+    bool sidecarWritten = false;
+    if (s.sidecarValid && memcmp(s.sidecar, fi, kRzFinderInfoSize) != 0) {
+        int fd = open(s.sidecarPath.c_str(), O_WRONLY | O_CLOEXEC);
+        if (fd >= 0) {
+            sidecarWritten =
+                pwrite(fd, fi, kRzFinderInfoSize, s.sidecarOffset) == kRzFinderInfoSize;
+            close(fd);
+        }
+    }
+    if (!s.attrsSupported) return sidecarWritten ? noErr : wrgVolTypErr;
+
+    unsigned char record[kRzMetadataSize];
+    if (s.metadataValid) {
+        memcpy(record, s.metadata, kRzMetadataSize);
+        RzMetadataSetFinderInfo(record, kRzMetadataSize, fi);
+    } else if (!IsZero(fi, kRzFinderInfoSize)) {
+        RzMetadataBuild(record, fi, RzMetadataDate(st.st_mtime));
+    }
+    bool needRecord = s.metadataValid ? memcmp(record, s.metadata, kRzMetadataSize) != 0
+                                      : !IsZero(fi, kRzFinderInfoSize);
+    if (needRecord && setxattr(path, kMetadataName, record, kRzMetadataSize, 0) != 0)
+        result = errno == ENOTSUP && sidecarWritten ? static_cast<OSErr>(noErr)
+                                                    : RzOSErrFromErrno(errno);
+
+    // The copies other tools keep are updated so that none disagrees.
+    if (s.streamValid) {
+        unsigned char stream[kRzAfpInfoSize + 1];
+        memcpy(stream, s.stream, s.streamSize);
+        RzAfpInfoSetFinderInfo(stream, s.streamSize, fi);
+        if (memcmp(stream, s.stream, s.streamSize) != 0)
+            setxattr(path, kAfpStreamName, stream, s.streamSize, 0);
+    }
+    if (s.appleValid && memcmp(s.apple, fi, kRzFinderInfoSize) != 0)
+        setxattr(path, kFinderInfoName, fi, kRzFinderInfoSize, 0);
+    return result;
+}
+
+// ReadStores on an existing item, whose stat goes to `st`.
+OSErr ReadItem(const char* path, struct stat& st, Stores& s, unsigned char* fi, bool all) {
+    if (!path) return paramErr;
+    if (stat(path, &st) != 0) return RzOSErrFromErrno(errno);
+    return ReadStores(path, s, fi, all);
+}
+
+// Read-modify-write of the Finder information through `change`.
+template <typename Change>
+OSErr UpdateFinderInfo(const char* path, Change change) {
+    struct stat st;
+    Stores s;
+    unsigned char before[kRzFinderInfoSize], after[kRzFinderInfoSize];
+    const OSErr err = ReadItem(path, st, s, before, true);
+    if (err != noErr) return err;
+    memcpy(after, before, sizeof after);
+    change(after);
+    bool recordInStep = true;
+    if (s.metadataValid) {
+        unsigned char patched[kRzMetadataSize];
+        memcpy(patched, s.metadata, sizeof patched);
+        RzMetadataSetFinderInfo(patched, sizeof patched, after);
+        recordInStep = memcmp(patched, s.metadata, sizeof patched) == 0;
+    }
+    if (memcmp(before, after, sizeof after) == 0 && recordInStep) return noErr;
+    return WriteStores(path, st, s, after);
+}
+
+// --- Home and XDG folders ---------------------------------------------------
+
+std::string Home() {
+    const char* home = getenv("HOME");
+    if (home && home[0] == '/') return home;
+    struct passwd* pw = getpwuid(getuid());
+    return pw && pw->pw_dir && pw->pw_dir[0] == '/' ? pw->pw_dir : "";
+}
+
+// An XDG variable when set to an absolute path (relative ones are to be
+// ignored), else the home-relative default; "" without a home.
+std::string XdgDir(const char* variable, const char* underHome) {
+    const char* value = getenv(variable);
+    if (value && value[0] == '/') return value;
+    std::string home = Home();
+    return home.empty() ? "" : RzPathJoin(home, underHome);
+}
+
+bool ReadWholeFile(const std::string& path, std::string& text) {
+    FILE* f = fopen(path.c_str(), "rb");
+    if (!f) return false;
+    char buffer[4096];
+    size_t n;
+    while ((n = fread(buffer, 1, sizeof buffer, f)) > 0) text.append(buffer, n);
+    fclose(f);
+    return true;
+}
+
+// mkdir -p; errno is kept on failure.
+bool MakeFolders(const std::string& path, mode_t mode) {
+    struct stat st;
+    if (stat(path.c_str(), &st) == 0) {
+        if (S_ISDIR(st.st_mode)) return true;
+        errno = ENOTDIR;
+        return false;
+    }
+    if (errno != ENOENT) return false;
+    std::string parent = RzPathFolder(path);
+    if (!parent.empty() && parent != path && !MakeFolders(parent, mode)) return false;
+    return mkdir(path.c_str(), mode) == 0 || errno == EEXIST;
+}
+
+// The path of a well-known folder; "" for an unknown type or without a home.
+std::string KnownFolderPath(uint32_t folderType) {
+    std::string path;
+    switch (folderType) {
+        case kRzPreferencesFolderType:
+            path = XdgDir("XDG_CONFIG_HOME", ".config");
+            break;
+        case kRzApplicationSupportFolderType:
+            path = XdgDir("XDG_DATA_HOME", ".local/share");
+            break;
+        case kRzTemporaryFolderType: {
+            const char* tmp = getenv("TMPDIR");
+            path = tmp && tmp[0] == '/' ? tmp : "/tmp";
+            break;
+        }
+        case kRzDocumentsFolderType: {
+            const std::string home = Home();
+            if (home.empty()) break;
+            std::string text;
+            const std::string config = XdgDir("XDG_CONFIG_HOME", ".config");
+            if (ReadWholeFile(RzPathJoin(config, "user-dirs.dirs"), text))
+                path = RzUserDirFromText(text.c_str(), "XDG_DOCUMENTS_DIR", home.c_str());
+            if (path.empty()) path = RzPathJoin(home, "Documents");
+            break;
+        }
+        default:
+            break;
+    }
+    RzPathTrimSlashes(path);
+    return path;
+}
+
+// The colour profile folder of a domain; "" for another domain or without a
+// home.
+std::string ColorSyncFolderPath(short domain) {
+    switch (domain) {
+        case kRzLocalDomain:
+        case kRzSystemDomain:
+        case kRzOnSystemDisk:
+            return "/usr/share/color/icc";
+        case kRzUserDomain: {
+            const std::string data = XdgDir("XDG_DATA_HOME", ".local/share");
+            return data.empty() ? "" : RzPathJoin(data, "icc");
+        }
+        default:
+            return "";
+    }
+}
+
+// The folder at `path`, created first when asked, as volume and folder ID.
+// A folder that is not there (or a path part that is no folder) is fnfErr.
+OSErr FolderResult(const std::string& path, bool create, mode_t mode, bool mustBeWritable,
+                   short& vRefNum, int32_t& dirID) {
+    vRefNum = 0;
+    dirID = 0;
+    if (path.empty()) return fnfErr;
+    OSErr err = noErr;
+    std::string resolved;
+    struct stat st;
+    if (create && !MakeFolders(path, mode))
+        err = RzOSErrFromErrno(errno);
+    else if (!Resolve(path, resolved) || stat(resolved.c_str(), &st) != 0 || !S_ISDIR(st.st_mode))
+        err = fnfErr;
+    else if (mustBeWritable && access(resolved.c_str(), W_OK) != 0)
+        err = RzOSErrFromErrno(errno);
+    if (err != noErr) return err == dirNFErr ? static_cast<OSErr>(fnfErr) : err;
+    vRefNum = kRzRootVolume;
+    dirID = FolderIDFor(resolved, st);
+    return noErr;
 }
 
 }  // namespace
 
-int32_t RzBCDVersion(long major, long minor, long patch) {
-    major = Clamp(major, 99);
-    minor = Clamp(minor, 9);
-    patch = Clamp(patch, 9);
-    return static_cast<int32_t>(((major / 10) << 12) | ((major % 10) << 8) | (minor << 4) | patch);
+// --- Result codes ------------------------------------------------------------
+
+OSErr RzOSErrFromErrno(int err) {
+    switch (err) {
+        case 0:
+            return noErr;
+        case ENOENT:
+        case ELOOP:
+            return fnfErr;
+        case ENOTDIR:
+            return dirNFErr;
+        case EACCES:
+            return permErr;
+        case EPERM:
+        case ETXTBSY:
+            return fLckdErr;
+        case EROFS:
+            return vLckdErr;
+        case ENOSPC:
+        case EDQUOT:
+            return dskFulErr;
+        case ENOTSUP:
+            return wrgVolTypErr;  // EOPNOTSUPP is the same value on Linux
+        case EEXIST:
+            return dupFNErr;
+        case ENAMETOOLONG:
+            return bdNamErr;
+        case EINVAL:
+        case E2BIG:
+        case ERANGE:
+        case EFAULT:
+            return paramErr;
+        case EBUSY:
+        case ENOTEMPTY:
+            return fBsyErr;
+        case EMFILE:
+        case ENFILE:
+            return tmfoErr;
+        case ENOMEM:
+            return memFullErr;
+        case EISDIR:
+            return notAFileErr;
+        case EXDEV:
+        default:
+            return ioErr;
+    }
 }
 
-int32_t RzBCDVersionFromRelease(const char* release) {
-    if (!release || !isdigit(static_cast<unsigned char>(release[0]))) return 0;
-    long fields[3] = {0, 0, 0};
-    const char* p = release;
-    for (int i = 0; i < 3; ++i) {
-        char* end = nullptr;
-        fields[i] = strtol(p, &end, 10);
-        if (end == p) break;
-        p = end;
-        if (*p != '.' || !isdigit(static_cast<unsigned char>(p[1]))) break;
-        ++p;
-    }
-    return RzBCDVersion(fields[0], fields[1], fields[2]);
-}
+// --- The system --------------------------------------------------------------
 
 int32_t RzOSSystemVersion() {
     struct utsname names;
@@ -48,6 +513,20 @@ int32_t RzOSSystemVersion() {
 int32_t RzOSPlatform() {
     return kRzPlatformLinux;
 }
+
+// --- The process ---------------------------------------------------------------
+
+RzString RzOSExecutablePath() {
+    char buffer[PATH_MAX + 1];
+    const ssize_t n = readlink("/proc/self/exe", buffer, PATH_MAX);
+    return n > 0 ? RzString(buffer, static_cast<int32_t>(n), false) : RzString();
+}
+
+int RzOSChangeWorkingDir(const char* folder) {
+    return chdir(folder);
+}
+
+// --- Streams -------------------------------------------------------------------
 
 bool RzOSAppendEveryWrite(FILE* stream) {
     setvbuf(stream, nullptr, _IONBF, 0);
@@ -71,4 +550,168 @@ void RzOSPreferLargePages(void* p, size_t n) {
     (void)p;
     (void)n;
 #endif
+}
+
+// --- Items ---------------------------------------------------------------------
+
+OSErr RzOSPathMakeRef(const char* path, FSRef& ref, bool* isDirectory) {
+    if (!path) return paramErr;
+    std::string resolved;
+    if (!Resolve(path, resolved)) return RzOSErrFromErrno(errno);
+    struct stat st;
+    if (stat(resolved.c_str(), &st) != 0) return RzOSErrFromErrno(errno);
+    ref.path = FromStd(resolved);
+    if (isDirectory) *isDirectory = S_ISDIR(st.st_mode);
+    return noErr;
+}
+
+OSErr RzOSResolveAlias(FSRef& ref, bool* isFolder, bool* wasAliased) {
+    if (ref.path.length() == 0) return paramErr;
+    std::string stored = ToStd(ref.path);
+    bool folder = false;
+    OSErr err = RzOSPathMakeRef(stored.c_str(), ref, &folder);
+    if (err != noErr) return err;
+    if (isFolder) *isFolder = folder;
+    if (wasAliased) *wasAliased = ToStd(ref.path) != stored;
+    return noErr;
+}
+
+OSErr RzOSRefMakePath(const FSRef& ref, RzString& path) {
+    if (ref.path.length() == 0) return paramErr;
+    struct stat st;
+    if (lstat(ref.path.c_str(), &st) != 0) return RzOSErrFromErrno(errno);
+    path = ref.path;
+    return noErr;
+}
+
+OSErr RzOSFolderMakeRef(short vRefNum, int32_t dirID, FSRef& ref) {
+    std::string path;
+    OSErr err = FolderPath(vRefNum, dirID, path);
+    if (err == noErr) ref.path = FromStd(path);
+    return err;
+}
+
+OSErr RzOSMakeFSSpec(short vRefNum, int32_t dirID, const unsigned char* name, FSSpec& spec) {
+    std::string folder;
+    OSErr err;
+    if (dirID == 0 && (vRefNum == 0 || vRefNum == kRzRootVolume)) {
+        err = Resolve(".", folder) ? noErr : dirNFErr;
+    } else {
+        err = FolderPath(vRefNum, dirID, folder);
+    }
+
+    const std::vector<std::string> parts = RzHFSPathParts(FromPascal(name));
+    const std::string leaf = parts.empty() ? "" : parts.back();
+    if (err != noErr) {
+        ClearSpec(spec, leaf);
+        return err;
+    }
+
+    // The folder that holds the item must exist; the item itself need not.
+    std::string walk = folder;
+    for (size_t i = 0; i + 1 < parts.size(); ++i) walk = RzPathJoin(walk, parts[i]);
+    std::string parent;
+    struct stat st;
+    if (!Resolve(walk, parent) || stat(parent.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
+        ClearSpec(spec, leaf);
+        return dirNFErr;
+    }
+    if (leaf.empty() || leaf == "." || leaf == "..") {
+        std::string resolved;
+        if (!Resolve(leaf.empty() ? parent : RzPathJoin(parent, leaf), resolved)) {
+            ClearSpec(spec, leaf);
+            return dirNFErr;
+        }
+        return SpecOfResolved(resolved, spec);
+    }
+    spec.vRefNum = kRzRootVolume;
+    spec.parID = FolderIDFor(parent, st);
+    ToPascal(leaf, spec.name);
+    struct stat item;
+    if (lstat(RzPathJoin(parent, leaf).c_str(), &item) != 0) return RzOSErrFromErrno(errno);
+    return noErr;
+}
+
+OSErr RzOSRefMakeFSSpec(const FSRef& ref, FSSpec& spec) {
+    if (ref.path.length() == 0) return paramErr;
+    std::string resolved;
+    if (!Resolve(ToStd(ref.path), resolved)) return RzOSErrFromErrno(errno);
+    return SpecOfResolved(resolved, spec);
+}
+
+OSErr RzOSSpecMakeRef(const FSSpec& spec, FSRef& ref) {
+    std::string path;
+    OSErr err = SpecPath(spec, path);
+    return err != noErr ? err : RzOSPathMakeRef(path.c_str(), ref, nullptr);
+}
+
+OSErr RzOSResolveAliasSpec(FSSpec& spec) {
+    FSRef ref;
+    std::string path;
+    OSErr err = SpecPath(spec, path);
+    if (err != noErr) return err;
+    struct stat st;
+    if (lstat(path.c_str(), &st) != 0) return RzOSErrFromErrno(errno);
+    if (!S_ISLNK(st.st_mode)) return noErr;
+    err = RzOSPathMakeRef(path.c_str(), ref, nullptr);
+    if (err != noErr) return err;
+    FSSpec target;
+    err = RzOSRefMakeFSSpec(ref, target);
+    if (err == noErr) spec = target;
+    return err;
+}
+
+// --- Attributes of items -------------------------------------------------------
+
+OSErr RzOSReadFinderInfo(const char* path, uint32_t& type, uint32_t& creator, uint16_t& flags,
+                         bool* isDirectory) {
+    struct stat st;
+    Stores s;
+    unsigned char fi[kRzFinderInfoSize];
+    const OSErr err = ReadItem(path, st, s, fi, false);
+    if (err != noErr) return err;
+    type = RzFinderInfoType(fi);
+    creator = RzFinderInfoCreator(fi);
+    flags = RzFinderInfoFlags(fi);
+    if (isDirectory) *isDirectory = S_ISDIR(st.st_mode);
+    return noErr;
+}
+
+OSErr RzOSWriteFinderInfo(const char* path, uint32_t type, uint32_t creator) {
+    return UpdateFinderInfo(path, [type, creator](unsigned char* fi) {
+        if (type) RzPutBE32(fi, type);
+        if (creator) RzPutBE32(fi + 4, creator);
+    });
+}
+
+OSErr RzOSChangeFinderFlags(const char* path, bool set, uint16_t flagBits) {
+    return UpdateFinderInfo(path, [set, flagBits](unsigned char* fi) {
+        uint16_t flags = RzFinderInfoFlags(fi);
+        flags = set ? static_cast<uint16_t>(flags | flagBits)
+                    : static_cast<uint16_t>(flags & ~flagBits);
+        RzPutBE16(fi + 8, flags);
+    });
+}
+
+// --- Folders -------------------------------------------------------------------
+
+OSErr RzOSFindFolder(short domain, uint32_t folderType, bool create, short& vRefNum,
+                     int32_t& dirID) {
+    (void)domain;
+    return FolderResult(KnownFolderPath(folderType), create, 0700, false, vRefNum, dirID);
+}
+
+OSErr RzOSColorSyncFolder(short domain, bool create, short& vRefNum, int32_t& dirID) {
+    return FolderResult(ColorSyncFolderPath(domain), create, 0755, create, vRefNum, dirID);
+}
+
+OSErr RzOSCreateDirectory(const FSRef& parent, const char* name) {
+    const std::string leaf = name ? name : "";
+    if (leaf.empty() || leaf == "." || leaf == ".." || leaf.find('/') != std::string::npos)
+        return bdNamErr;
+    if (parent.path.length() == 0) return paramErr;
+    std::string folder;
+    if (!Resolve(ToStd(parent.path), folder)) return RzOSErrFromErrno(errno);
+    if (mkdir(RzPathJoin(folder, leaf).c_str(), 0777) != 0) return RzOSErrFromErrno(errno);
+    return noErr;
 }

@@ -1,12 +1,12 @@
-# Private glue: never installed. The operating-system seam has one source per
-# system; CMake picks the one for the target.
+# Private glue: never installed. The operating-system seam is one source per
+# system, picked here for the target; everything else holds on every system.
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
   set(rz_os_source RzOS_linux.cpp)
-  set(rz_file_os_source RzFileOS_linux.cpp)
 else()
   message(FATAL_ERROR "Rz has no operating-system layer for ${CMAKE_SYSTEM_NAME} yet")
 endif()
 rz_add_sources(internal
-  HEADERS RzRaise.h RzOS.h RzFileOS.h RzAppleDouble.h RzMemoryHooks.h RzTextEncoding.h
-          RzStringBuffer.h
-  SOURCES ${rz_os_source} ${rz_file_os_source} RzAppleDouble.cpp RzTextEncoding.cpp)
+  HEADERS RzRaise.h RzOS.h RzAppleDouble.h RzBCDVersion.h RzFormat.h RzMemoryHooks.h RzPaths.h
+          RzStringBuffer.h RzTextEncoding.h RzUserDirs.h
+  SOURCES ${rz_os_source} RzAppleDouble.cpp RzBCDVersion.cpp RzFormat.cpp RzPaths.cpp
+          RzTextEncoding.cpp RzUserDirs.cpp)

@@ -1,13 +1,15 @@
 // The file layer on real files, in a fresh temporary folder each.
 #include <Rz/Mac/RzMacToolsOSX.h>
 
+#include <limits.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <string>
 
-#include <Rz/internal/RzFileOS.h>
+#include <Rz/FileSpec/RzFileSpec.h>
+#include <Rz/internal/RzOS.h>
 
 #include "support/RzTempDir.h"
 #include "support/RzTestSupport.h"
@@ -101,7 +103,7 @@ TEST(RzMacToolsOSX, OpeningFiles) {
     RzError e = CatchRzError([&] { RzMacOpenFile(s, eRzFileRead); });
     EXPECT_EQ(e.GetErr(), 12u);
     EXPECT_EQ(e.GetErrName(), "FileNotOpen (for reading): " + missing);
-    EXPECT_TRUE(e.GetFileName()[0] == 0 && e.GetLine() == 0);
+    EXPECT_EQ(Joined(e.GetFileName(), e.GetLine()), "|0");
     e = CatchRzError([&] { RzMacOpenFile(s, eRzFileReadWrite); });
     EXPECT_EQ(e.GetErrName(), "FileNotOpen: (for writing)" + missing);
     EXPECT_EQ(RzMacOpenFile(s, eRzFileNone), nullptr);
@@ -132,10 +134,41 @@ TEST(RzMacToolsOSX, OpeningFiles) {
         ASSERT_NE(file, nullptr) << c.name;
         const long at = ftell(file);
         fseek(file, 0, SEEK_END);
-        EXPECT_TRUE(at == 0 && ftell(file) == c.size) << c.name;
+        EXPECT_EQ(Joined(at, ftell(file)), Joined(0, c.size)) << c.name;
         fclose(file);
         EXPECT_EQ(Codes(t / c.name), c.codes) << c.name;
     }
+}
+
+TEST(RzMacToolsOSX, CreatingFoldersFromMacChineseTradNames) {
+    RzTempDir t;
+    struct Case {
+        std::string name;
+        const char* utf8;  // null: nothing created
+        int32_t err;
+    } cases[] = {
+        {"\xA4\xA4\xA5\x5C\x61", "\xE4\xB8\xAD\xE5\x8A\x9F\x61", noErr},  // '\\' second
+        {"\xFD\xFE\xFF\x80\xA0", "\xC2\xA9\xE2\x84\xA2\xE2\x80\xA6\\\xC2\xA0", noErr},
+        {"\xA4", nullptr, kTextMalformedInputErr},  // first byte alone
+        {"\xC7\xA1", nullptr, kTextMalformedInputErr},
+        {"\xA3\xC0", nullptr, kTextUndefinedElementErr},
+        {"", nullptr, bdNamErr},
+        {"..", nullptr, bdNamErr},
+        {std::string("a\0b", 3), nullptr, bdNamErr},
+        {"q", "q", noErr},
+        {"q", nullptr, dupFNErr},
+    };
+    for (const Case& c : cases) {
+        const std::string full = t / c.name;
+        RzFileSpec spec(RzString(full.data(), static_cast<int32_t>(full.size()), false));
+        EXPECT_EQ(RzMacCreateDir(spec), c.err) << c.name;
+        struct stat st;
+        if (c.utf8) {
+            EXPECT_EQ(stat((t / c.utf8).c_str(), &st), 0) << c.utf8;
+            EXPECT_TRUE(S_ISDIR(st.st_mode)) << c.utf8;
+        }
+    }
+    EXPECT_EQ(RzMacCreateDir(Spec(t / "none/x")), fnfErr);
 }
 
 TEST(RzMacToolsOSX, WellKnownFolders) {
@@ -184,4 +217,15 @@ TEST(RzMacToolsOSX, WellKnownFolders) {
     ASSERT_EQ(waitpid(child, &status, 0), child);
     if (WIFEXITED(status) && WEXITSTATUS(status) == 3) GTEST_SKIP() << "icc folder is writable";
     EXPECT_EQ(status, 0);
+}
+
+TEST(RzMacToolsOSX, WorkingDirectoryBesideTheExecutable) {
+    char saved[PATH_MAX], now[PATH_MAX];
+    ASSERT_NE(getcwd(saved, sizeof saved), nullptr);
+    const int32_t result = RzMacSetWorkingDir(1);
+    const bool known = getcwd(now, sizeof now) != nullptr;
+    ASSERT_EQ(chdir(saved), 0);
+    EXPECT_EQ(result, 0);
+    ASSERT_TRUE(known);
+    EXPECT_EQ(std::string(now) + "/Mac_tests", RzOSExecutablePath().c_str());
 }

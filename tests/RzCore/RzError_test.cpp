@@ -76,3 +76,34 @@ TEST(RzError, NonZeroErrorsWriteTheirLineAtLevelOne) {
     RzError(19, "RzFormatErr", "f", 1);
     EXPECT_EQ(capture.writes.size(), 2u);
 }
+
+TEST(RzError, TableOfCodesAndNames) {
+    struct Case {
+        int constant;
+        uint32_t code;
+        const char* name;
+    } cases[] = {
+        {kRzUndefProc, 1, "RzUndefProc"},
+        {kRzUnexpectedErr, 2, "RzUnexpectedErr"},
+        {kRzArgErr, 3, "RzArgErr"},
+        {kRzMemFullErr, 4, "RzMemFullErr"},
+        {kRzIndexError, 7, "RzIndexError"},
+        {kRzFileNotOpen, 12, "RzFileNotOpen"},
+        {kRzFileLengthFailed, 13, "RzFileLengthFailed"},
+        {kRzFileSeekFailed, 14, "RzFileSeekFailed"},
+        {kRzFilePosFailed, 15, "RzFilePosFailed"},
+        {kRzFileWriteFailed, 17, "RzFileWriteFailed"},
+        {kRzFileAccessErr, 18, "RzFileAccessErr"},
+        {kRzFormatErr, 19, "RzFormatErr"},
+        {kRzPtrInvalid, 20, "RzPtrInvalid"},
+        {kRzGeneralErr, 42, "RzGeneralErr"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(static_cast<uint32_t>(c.constant), c.code) << c.name;
+        EXPECT_STREQ(RzErrorName(c.code), c.name) << c.code;
+    }
+    EXPECT_EQ(kRzNoErr, 0);
+    EXPECT_EQ(kRzSysErr, 68);
+    for (uint32_t unknown : {0u, 5u, 6u, 8u, 11u, 16u, 21u, 68u, 0xFFFFFFFFu})
+        EXPECT_EQ(RzErrorName(unknown), nullptr) << unknown;
+}

@@ -13,13 +13,15 @@ TEST(RzMemory, CallsGoToTheInstalledManagerOrTheDefault) {
     RzFree(p);
     RzFree(q);
     RzFree(nullptr);  // the manager decides about null too
-    EXPECT_TRUE(counting.allocs == 2 && counting.frees == 3 && counting.live == 0);
+    EXPECT_EQ(Joined(counting.allocs, counting.frees, counting.live), "2|3|0");
 
     RzSetMemoryManager(nullptr);
     EXPECT_EQ(RzGetMemoryManager(), nullptr);  // never &DefaultManager
     void* a = RzAlloc(0);
     void* b = RzClone(nullptr, 0);
-    EXPECT_TRUE(a && b && a != b);
+    EXPECT_NE(a, nullptr);
+    EXPECT_NE(b, nullptr);
+    EXPECT_NE(a, b);
     RzFree(a);
     RzFree(b);
     EXPECT_EQ(counting.allocs + counting.frees, 5);

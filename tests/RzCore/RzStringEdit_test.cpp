@@ -6,6 +6,8 @@
 #include <string>
 #include <utility>
 
+#include <Rz/RzData/RzArray.h>
+
 #include "support/RzContainerTestSupport.h"
 #include "support/RzTestSupport.h"
 
@@ -99,8 +101,9 @@ TEST(RzStringEdit, Find) {
     EXPECT_EQ(path.findreverse('/'), 10);
     EXPECT_EQ(path.containsChar("kl"), 5);
     EXPECT_EQ(path.containsChar(""), -1);
-    EXPECT_TRUE(RzString::IsWhiteSpace('\0', RzString()) && RzString::IsWhiteSpace('\r', ""));
-    EXPECT_FALSE(RzString::IsWhiteSpace(' ', ",") || RzString::IsWhiteSpace('\0', ","));
+    EXPECT_EQ(Joined(RzString::IsWhiteSpace('\0', RzString()), RzString::IsWhiteSpace('\r', ""),
+                     RzString::IsWhiteSpace(' ', ","), RzString::IsWhiteSpace('\0', ",")),
+              "true|true|false|false");
 }
 
 TEST(RzStringEdit, FindInLongTexts) {

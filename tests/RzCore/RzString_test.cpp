@@ -20,7 +20,7 @@ TEST(RzString, NullAndEmptyFormsReadAlike) {
     set.Set("abc", 0);
     for (const RzString& s : {RzString(), RzString(0, true), RzString(""), RzString("x", 0, false),
                               RzString(static_cast<const char*>(nullptr))}) {
-        EXPECT_TRUE(s.length() == 0 && s == "" && s == RzString() && s.ToSig() == 0u);
+        EXPECT_EQ(Joined(s.length(), s == "", s == RzString(), s.ToSig()), "0|true|true|0");
         EXPECT_RZ_ERROR(s[0], kRzIndexError, "RzIndexError");
     }
     EXPECT_EQ(State(RzString(0, true)) + State(set) +
@@ -49,7 +49,7 @@ TEST(RzString, CopiesShareUntilWritten) {
     b += '!';
     c[0] = 'J';  // the writable index unshares first
     d.Get(nullptr)[1] = 'a';
-    EXPECT_TRUE(a == "hello" && b == "hello!" && d == "hallo");
+    EXPECT_EQ(Joined(a, b, d), "hello|hello!|hallo");
     EXPECT_EQ(State(c), "Jello|5|txt|5");  // unsharing copies with capacity equal to the length
     EXPECT_EQ(SharingCount(a), 1);
     d = d;
@@ -161,9 +161,9 @@ TEST(RzString, AppendToItself) {
 TEST(RzString, PascalOutput) {
     unsigned char out[256];
     RzString(std::string(300, 'z').c_str()).p_str(out);
-    EXPECT_TRUE(out[0] == 255 && out[255] == 'z');
+    EXPECT_EQ(Joined(out[0], out[255]), Joined(255, 'z'));
     RzString("hi").p_str(out);
-    EXPECT_TRUE(out[0] == 2 && out[1] == 'h');
+    EXPECT_EQ(Joined(out[0], out[1]), Joined(2, 'h'));
     EXPECT_EQ(RzString("x").p_str(nullptr), nullptr);
 }
 
@@ -173,9 +173,8 @@ TEST(RzString, Comparison) {
     EXPECT_RZ_ERROR((void)(RzString("a") != null), kRzArgErr, "RzArgErr");
     EXPECT_RZ_ERROR(RzString("a").cmpIgnoreCase(null), kRzArgErr, "RzArgErr");
     EXPECT_TRUE(null == RzString());
-    EXPECT_TRUE(RzString("a") < RzString("b") && RzString("b") > RzString("a") &&
-                RzString("a") <= RzString("a") && RzString("a") >= RzString("a"));
-    EXPECT_FALSE(RzString("b") <= RzString("a"));
+    const RzString a("a"), b("b");
+    EXPECT_EQ(Joined(a<b, b> a, a <= a, a >= a, b <= a, a >= b), "true|true|true|true|false|false");
     // Binary strings compare only up to their first zero byte.
     EXPECT_TRUE(RzString("ab\0x", 4, true) == RzString("ab\0y", 4, true));
 
@@ -227,47 +226,15 @@ TEST(RzString, FourCharacterCodes) {
     EXPECT_EQ(RzString("\xFF\x80").ToSig(), 0xFF802020u);
 }
 
-TEST(RzString, StrMatch) {
-    struct Case {
-        const char* pattern;
-        const char* text;
-        bool match;
-    } cases[] = {
-        {"*.txt", "a.txt", true}, {"a?c", "abc", true},       {"a?c", "ac", false},
-        {"*", "", true},          {"", "a", false},           {"A*", "abc", false},
-        {"*a*b", "xxaxxb", true}, {"*a*b", "xxaxxbc", false}, {"a**", "a", true},
-        {"*?", "", false},        {"?*", "x", true},          {"a*b*c", "acb", false},
-        {"*ab", "aab", true},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(StrMatch(c.pattern, c.text), c.match) << c.pattern << " vs " << c.text;
-    EXPECT_FALSE(StrMatch(nullptr, "a") || StrMatch("a", nullptr));
+TEST(RzString, StrMatchNullsAndLongTexts) {
+    // What matches runs against the matcher's definition in the strmatch fuzz
+    // target; its corpus holds the cases worth pinning down.
+    EXPECT_FALSE(StrMatch(nullptr, "a"));
+    EXPECT_FALSE(StrMatch("a", nullptr));
     EXPECT_TRUE(StrMatch(nullptr, nullptr));
     // Many stars against a long text must not take exponential time.
     const std::string text(20000, 'a');
     EXPECT_FALSE(StrMatch("*a*a*a*a*a*a*a*a*a*a*b", text.c_str()));
     EXPECT_TRUE(StrMatch("*a*a*a*a*a*a*a*a*a*a*", text.c_str()));
     EXPECT_FALSE(StrMatchMax("*a*a*a*a*a*a*a*a*a*a*b", text.c_str() + 19800, 300));
-}
-
-TEST(RzString, StrMatchMaxHonoursTheBudget) {
-    // "*b" against "aab": the star must absorb two characters.
-    EXPECT_TRUE(StrMatchMax("*b", "aab", 2));
-    EXPECT_FALSE(StrMatchMax("*b", "aab", 1));
-    // The budget is checked only while text remains: absorbing the last
-    // character may overdraw it.
-    EXPECT_TRUE(StrMatchMax("a*", "abc", 1));
-    EXPECT_FALSE(StrMatchMax("a*", "abc", 0));
-    // Equal pattern and text: true unless the budget is already negative.
-    const char pattern[] = "abc", text[] = "abc";
-    EXPECT_TRUE(StrMatchMax(pattern, text, 0));
-    EXPECT_FALSE(StrMatchMax(pattern, text, -1));
-    EXPECT_TRUE(StrMatchMax("", "", -5));
-    // Equal suffixes end the walk with a match once reached within budget.
-    const char stars[] = "****", marks[] = "???****";
-    EXPECT_TRUE(StrMatchMax(stars, marks, 3));
-    EXPECT_FALSE(StrMatchMax(stars, marks, 2));
-    // The same pointer, or reaching the same position, matches at once.
-    const char* buffer = "?bc";
-    EXPECT_TRUE(StrMatchMax(buffer, buffer, -3));
 }

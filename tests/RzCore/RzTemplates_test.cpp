@@ -42,7 +42,8 @@ TEST(RzSmartPtr, TakesTheNewReferenceBeforeDroppingTheOld) {
         EXPECT_EQ(log, "+a+b-a+b+a+a-b");
         p = static_cast<Counted*>(nullptr);
         EXPECT_EQ(p.get(), nullptr);
-        EXPECT_TRUE(q && q.get() == &a && &*q == &a && q->name == "a");
+        EXPECT_TRUE(q);
+        EXPECT_EQ(Joined(q.get() == &a, &*q == &a, q->name), "true|true|a");
         log.clear();
     }
     EXPECT_EQ(log, "-a-a");  // r and q; p held nothing

@@ -1,7 +1,9 @@
+// Values, sharing, layout and index errors of arrays of strings run against a
+// model in the containers fuzz target; these are the cases it cannot see:
+// elements that count themselves, fail on demand, or are only copied.
 #include <Rz/RzData/RzArray.h>
 
-#include <limits.h>
-
+#include <algorithm>
 #include <vector>
 
 #include "support/RzContainerTestSupport.h"
@@ -23,41 +25,10 @@ TYPED_TEST_SUITE(RzArrayOf, ElementTypes);
 
 }  // namespace
 
-TYPED_TEST(RzArrayOf, ResizeKeepsLeadingElementsAndDestroysTheRestAtOnce) {
-    std::vector<int> grown(1000);
-    for (int i = 0; i < 4; ++i) grown[i] = i + 1;
-    struct Case {
-        int n;
-        std::vector<int> expected;
-    } cases[] = {{2, {1, 2}},  {6, {1, 2, 3, 4, 0, 0}}, {4, {1, 2, 3, 4}}, {0, {}}, {-3, {}},
-                 {1000, grown}};
-    for (const Case& c : cases) {
-        RzArray<TypeParam> a(4);
-        for (int i = 0; i < 4; ++i) a[i].value = i + 1;
-        a.ReSize(c.n);
-        EXPECT_EQ(Values(a), c.expected) << c.n;
-        EXPECT_EQ(TrackedCounts::live, a.count);
-    }
-    EXPECT_EQ(TrackedCounts::live, 0);
-}
-
-TYPED_TEST(RzArrayOf, GrowingOneElementAtATimeIsAmortised) {
-    const int n = 5000;
-    TrackedCounts::constructions = 0;
-    RzArray<TypeParam> a;
-    for (int i = 0; i < n; ++i) {
-        a.ReSize(a.count + 1);
-        a[i].value = i;
-    }
-    for (int i = 0; i < n; ++i) ASSERT_EQ(a[i].value, i);
-    EXPECT_EQ(TrackedCounts::live, n);
-    EXPECT_LT(TrackedCounts::constructions, 6 * n);  // a copy per step would be n * n / 2
-}
-
-TYPED_TEST(RzArrayOf, FailuresLeaveResizedArraysUnchangedAndCopiesEmpty) {
+TYPED_TEST(RzArrayOf, ResizeKeepsLeadingElementsOrNothingWhenAnElementFails) {
     // From 7 elements with room for 9: grow in place, grow into a new block,
-    // shrink into a new block.
-    for (int target : {9, 12, 1}) {
+    // shrink in place or into a new block, and the cases without effect.
+    for (int target : {9, 12, 1000, 6, 1, 0, -3, 7}) {
         for (int failAt = 0;; ++failAt) {
             RzArray<TypeParam> a(6);
             a.ReSize(7);
@@ -71,16 +42,23 @@ TYPED_TEST(RzArrayOf, FailuresLeaveResizedArraysUnchangedAndCopiesEmpty) {
                 failed = true;
             }
             TrackedCounts::failAfter = -1;
-            EXPECT_EQ(TrackedCounts::live, a.count);
-            if (!failed) break;
-            EXPECT_EQ(Values(a), before) << target << " failing at " << failAt;
+            EXPECT_EQ(TrackedCounts::live, a.count);  // no element outlives its place
+            if (failed) {
+                EXPECT_EQ(Values(a), before) << target << " failing at " << failAt;
+                continue;
+            }
+            std::vector<int> expected(static_cast<size_t>(std::max(target, 0)), 0);
+            std::copy_n(before.begin(), std::min<size_t>(7, expected.size()), expected.begin());
+            EXPECT_EQ(Values(a), expected) << target;
+            break;
         }
     }
     RzArray<TypeParam> source(3), target(2);
     for (int failAt : {0, 2, 4}) {
         TrackedCounts::failAfter = failAt;
         EXPECT_THROW(target = source, int);
-        EXPECT_TRUE(target.count == 0 && target.data == nullptr);
+        EXPECT_EQ(target.count, 0);  // its old elements were already destroyed
+        EXPECT_EQ(target.data, nullptr);
         TrackedCounts::failAfter = failAt;
         EXPECT_THROW(RzArray<TypeParam> copy(source), int);
         TrackedCounts::failAfter = failAt;
@@ -90,30 +68,15 @@ TYPED_TEST(RzArrayOf, FailuresLeaveResizedArraysUnchangedAndCopiesEmpty) {
     TrackedCounts::failAfter = -1;
 }
 
-TEST(RzArray, StringElementsShareOneBufferAndReleaseItWithTheElement) {
-    RzString s("shared");
-    RzArray<RzString> a(4);
-    for (int i = 0; i < 4; ++i) a[i] = s;
-    RzArray<RzString> b(a);
-    RzArray<RzString>& alias = b;
-    b = alias;
-    EXPECT_EQ(SharingCount(s), 9);
-    a.ReSize(2);
-    EXPECT_EQ(SharingCount(s), 7);
-    a.ReSize(100);
-    EXPECT_EQ(SharingCount(s), 7);
-    EXPECT_TRUE(a[1].c_str() == s.c_str() && a[2].length() == 0);
-    b.Clear();
-    EXPECT_TRUE(b.count == 0 && b.data == nullptr);
-    a = b;
-    EXPECT_EQ(SharingCount(s), 1);
-}
-
-TEST(RzArray, IndexOutsideTheElementsRaisesIndexError) {
-    RzArray<int> a(3);
-    const RzArray<int>& constant = a;
-    for (int i : {-1, 3, INT_MIN, INT_MAX}) {
-        EXPECT_STREQ(CatchRzError([&] { (void)a[i]; }).GetFileName(), "RzArray");
-        EXPECT_RZ_ERROR((void)constant[i], 7, "RzIndexError");
+TYPED_TEST(RzArrayOf, GrowingOneElementAtATimeIsAmortised) {
+    const int n = 5000;
+    TrackedCounts::constructions = 0;
+    RzArray<TypeParam> a;
+    for (int i = 0; i < n; ++i) {
+        a.ReSize(a.count + 1);
+        a[i].value = i;
     }
+    for (int i = 0; i < n; ++i) ASSERT_EQ(a[i].value, i);
+    EXPECT_EQ(TrackedCounts::live, n);
+    EXPECT_LT(TrackedCounts::constructions, 6 * n);  // a copy per step would be n * n / 2
 }

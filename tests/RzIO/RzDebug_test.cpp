@@ -9,7 +9,7 @@
 #include "support/RzTestSupport.h"
 
 TEST(RzDebug, LevelsAndLineEnds) {
-    const std::string a(4094, 'a'), b(4095, 'b');
+    const std::string a(4094, 'a'), b(4095, 'b'), c(5000, 'c');  // the classic buffer: 4096
     struct Case {
         int debugLevel, level;
         std::function<void(int)> write;
@@ -23,6 +23,7 @@ TEST(RzDebug, LevelsAndLineEnds) {
         {2, 3, [](int l) { RzDebugPrintfImpl(l, "%d items", 3); }, {}},
         {0, 0, [&](int l) { RzDebugPrintfImpl(l, "%s", a.c_str()); }, {a + "\n"}},
         {0, 0, [&](int l) { RzDebugPrintfImpl(l, "%s", b.c_str()); }, {b, "\n"}},
+        {0, 0, [&](int l) { RzDebugPrintfImpl(l, "%s", c.c_str()); }, {c, "\n"}},
     };
     for (const Case& c : cases) {
         DebugCapture capture(c.debugLevel);
@@ -38,7 +39,7 @@ namespace {
 struct FailingStream : RzStreamImplemented {
     uint32_t Write(const void*, uint32_t, uint32_t*) override {
         ++attempts;
-        if (kind == 0) RzRaise(kRzFileWriteFailed, "RzFileWriteFailed", "test", 1);
+        if (kind == 0) RzRaiseCode(kRzFileWriteFailed, "test", 1);
         throw 42;
     }
     int kind = 0, attempts = 0;
@@ -76,7 +77,7 @@ TEST(RzDebug, LogFileIsKeptWhenTheNameIsClearedAndFailuresAreDropped) {
     // A file that cannot be opened: messages and error lines are dropped.
     RzSetDebugOutputFileImpl(RzString((dir / "missing/log.txt").c_str()));
     RzDebugWriteImpl(1, "dropped");
-    EXPECT_RZ_ERROR(RzRaise(kRzArgErr, "RzArgErr", "test", 1), kRzArgErr, "RzArgErr");
+    EXPECT_RZ_ERROR(RzRaiseCode(kRzArgErr, "test", 1), kRzArgErr, "RzArgErr");
     EXPECT_EQ(access((dir / "missing").c_str(), F_OK), -1);
 }
 

@@ -2,6 +2,7 @@
 
 #include <stdio.h>
 
+#include "support/RzTempDir.h"
 #include "support/RzTestSupport.h"
 
 TEST(RzStdStream, OutputConvertsLineEndsAndCounts) {
@@ -18,9 +19,7 @@ TEST(RzStdStream, OutputConvertsLineEndsAndCounts) {
 }
 
 TEST(RzStdStream, InputReadsSizeMinusOneCharactersThenAZeroByte) {
-    // getchar reads through the `stdin` variable, which glibc lets us replace.
-    FILE* saved = stdin;
-    stdin = fmemopen(const_cast<char*>("hello"), 5, "r");
+    RzStdinGuard input("hello");
     RzStdInStream in;
     char buffer[8];
     uint32_t done = 0;
@@ -31,6 +30,4 @@ TEST(RzStdStream, InputReadsSizeMinusOneCharactersThenAZeroByte) {
     EXPECT_EQ(done + in.GetPosition(), 3u + 7);
     EXPECT_RZ_ERROR(in.SetPosition(0, eRzSeekFromStart), kRzFileAccessErr, "RzFileAccessErr");
     EXPECT_RZ_ERROR(in.Write("x", 1, nullptr), kRzFileAccessErr, "RzFileAccessErr");
-    fclose(stdin);
-    stdin = saved;
 }

@@ -4,14 +4,15 @@
 // writing (stamping the extension's type and CREATOR or the type's own
 // creator), "hide"/"show" call RzMacSetVisible, and "read" prints
 // "type=TEXT creator=ttxt flags=0x4000" (type and creator as
-// RzMacReadCreatorType gives them, the flags from the file seam). Exits 0 on
+// RzMacReadCreatorType gives them, the flags from the operating-system seam). Exits 0 on
 // success, 1 on a failure, 2 on a usage error.
 #include <stdio.h>
 #include <string.h>
 
+#include <Rz/FileSpec/RzFileSpec.h>
 #include <Rz/Mac/RzMacToolsOSX.h>
 #include <Rz/RzCore/RzError.h>
-#include <Rz/internal/RzFileOS.h>
+#include <Rz/internal/RzOS.h>
 
 namespace {
 

@@ -1,12 +1,13 @@
 // A fresh temporary folder for tests that touch the disk (removed with
-// everything in it), a mount without user extended attributes, a file writer
-// and an environment guard.
+// everything in it), a mount without user extended attributes, a file writer,
+// and guards for the environment and standard input.
 #ifndef RZ_TESTS_SUPPORT_RZTEMPDIR_H
 #define RZ_TESTS_SUPPORT_RZTEMPDIR_H
 
 #include <errno.h>
 #include <ftw.h>
 #include <stdio.h>
+#include <stdio_ext.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/mount.h>
@@ -96,6 +97,34 @@ public:
 
 private:
     std::vector<std::pair<std::string, std::pair<bool, std::string>>> saved;
+};
+
+// Makes `text` the process's standard input while it lives: descriptor 0 is
+// saved and restored, and the C stream's buffer and end-of-file state are
+// dropped on both sides, so that later readers see the real input again.
+class RzStdinGuard {
+public:
+    explicit RzStdinGuard(const std::string& text) : saved(dup(0)) {
+        FILE* file = tmpfile();
+        if (file && fwrite(text.data(), 1, text.size(), file) == text.size() && fflush(file) == 0 &&
+            lseek(fileno(file), 0, SEEK_SET) == 0)
+            dup2(fileno(file), 0);
+        if (file) fclose(file);
+        Reset();
+    }
+    ~RzStdinGuard() {
+        Reset();
+        if (saved >= 0) dup2(saved, 0), close(saved);
+    }
+    RzStdinGuard(const RzStdinGuard&) = delete;
+    RzStdinGuard& operator=(const RzStdinGuard&) = delete;
+
+private:
+    static void Reset() {
+        __fpurge(stdin);
+        clearerr(stdin);
+    }
+    int saved;
 };
 
 #endif

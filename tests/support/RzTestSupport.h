@@ -10,6 +10,7 @@
 
 #include <Rz/RzCore/RzError.h>
 #include <Rz/RzIO/RzDebug.h>
+#include <Rz/RzIO/RzStream.h>
 
 // Expects `statement` to throw an RzError with the given code and name.
 #define EXPECT_RZ_ERROR(statement, expectedCode, expectedName)                                    \
@@ -36,18 +37,6 @@ RzError CatchRzError(F statement) {
     ADD_FAILURE() << "no RzError thrown";
     return RzError();
 }
-
-// Saves the debug level and restores it when the test ends.
-class DebugLevelGuard {
-public:
-    explicit DebugLevelGuard(int level) : saved(RzGetDebugLevelImpl()) {
-        RzSetDebugLevelImpl(level);
-    }
-    ~DebugLevelGuard() { RzSetDebugLevelImpl(saved); }
-
-private:
-    int saved;
-};
 
 // Captures the debug output: while it lives, the debug level is `level` and
 // every debug write lands in `writes` (one element per Write call). The whole
@@ -81,6 +70,35 @@ private:
 // Bytes as a std::string, for comparisons that include zero bytes.
 inline std::string Bytes(const char* p, size_t n) {
     return std::string(p, n);
+}
+
+// Several values as one text, "a|b|c", so that one assertion checks them all
+// and a failure still shows each value.
+inline std::string TestText(const RzString& s) {
+    return s.c_str();
+}
+inline std::string TestText(const std::string& s) {
+    return s;
+}
+inline std::string TestText(const char* s) {
+    return s ? s : "(null)";
+}
+inline std::string TestText(bool b) {
+    return b ? "true" : "false";
+}
+template <class Number>
+std::string TestText(Number v) {
+    return std::to_string(v);
+}
+template <class... T>
+std::string Joined(const T&... values) {
+    std::string joined;
+    bool first = true;
+    for (const std::string& v : {TestText(values)...}) {
+        joined += (first ? "" : "|") + v;
+        first = false;
+    }
+    return joined;
 }
 
 #endif
