@@ -254,7 +254,11 @@ FILE* RzMacOpenFile(RzFileSpec& spec, eRzFileAccess access) {
     } else {
         file = fopen(path.c_str(), "rb+");
         if (!file) {
-            if (FILE* created = fopen(path.c_str(), "wb")) fclose(created);
+            // Created without truncating ("ab", where the classic code said
+            // "wb"): a missing file becomes the same empty file, and a file
+            // that another process created in the meantime keeps what it
+            // wrote (log files are opened this way by several processes).
+            if (FILE* created = fopen(path.c_str(), "ab")) fclose(created);
             file = fopen(path.c_str(), "rb+");
         }
     }
