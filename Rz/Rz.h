@@ -20,5 +20,6 @@
 #include <Rz/FileSpec/RzFileSpec.h>
 #include <Rz/Mac/RzMacToolsOSX.h>
 #include <Rz/RzSystem/RzSystem.h>
+#include <Rz/RzMath/RzRandom.h>
 
 #endif
