@@ -8,6 +8,7 @@
 
 #include <new>
 
+#include <Rz/internal/RzOS.h>
 #include <Rz/internal/RzRaise.h>
 #include <Rz/internal/RzTextEncoding.h>
 
@@ -22,10 +23,17 @@ size_t SourceLength(const RzString& s) {
     return n > 0 ? static_cast<size_t>(n) : 0;
 }
 
+// Results from this size up are written into memory the system is told is
+// large (see RzOSAdviseLargeBlock): on Linux, converting tens of megabytes
+// otherwise spends more time in page faults than in converting.
+const int64_t kLargeResult = 8 << 20;
+
 // A new buffer of the given capacity to write a result into.
 RzString Fresh(int64_t capacity, bool isBinary) {
     if (capacity > INT32_MAX) throw std::bad_alloc();
-    return RzString(NewStringData(nullptr, static_cast<int32_t>(capacity), isBinary));
+    RzString result(NewStringData(nullptr, static_cast<int32_t>(capacity), isBinary));
+    if (capacity >= kLargeResult) RzOSAdviseLargeBlock(result.Get(nullptr), size_t(capacity));
+    return result;
 }
 
 RzString TranslatedCopy(const RzString& s, bool isBinary, const unsigned char table[128]) {

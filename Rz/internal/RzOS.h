@@ -4,6 +4,7 @@
 #ifndef RZ_INTERNAL_RZOS_H
 #define RZ_INTERNAL_RZOS_H
 
+#include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>
 
@@ -29,5 +30,11 @@ int32_t RzBCDVersionFromRelease(const char* release);
 // stream. Returns false when the descriptor cannot be changed (the stream
 // then writes where it is positioned).
 bool RzOSAppendEveryWrite(FILE* stream);
+
+// Tells the system that the n bytes at p are a large block about to be
+// written through, so that it may back the block with large pages: writing
+// fresh memory for the first time then takes far fewer page faults. Does
+// nothing where the system cannot.
+void RzOSAdviseLargeBlock(void* p, size_t n);
 
 #endif

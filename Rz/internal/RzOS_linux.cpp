@@ -4,7 +4,9 @@
 #include <ctype.h>
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/mman.h>
 #include <sys/utsname.h>
+#include <unistd.h>
 
 #include <Rz/Mac/RzByteOrder.h>
 
@@ -53,4 +55,13 @@ bool RzOSAppendEveryWrite(FILE* stream) {
     const int fd = fileno(stream);
     const int flags = fcntl(fd, F_GETFL);
     return flags != -1 && fcntl(fd, F_SETFL, flags | O_APPEND) == 0;
+}
+
+void RzOSAdviseLargeBlock(void* p, size_t n) {
+    // Transparent huge pages: with the system's setting "madvise" (the usual
+    // default) only advised memory gets them. Failure changes nothing.
+    const uintptr_t page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
+    const uintptr_t begin = (reinterpret_cast<uintptr_t>(p) + page - 1) & ~(page - 1);
+    const uintptr_t end = (reinterpret_cast<uintptr_t>(p) + n) & ~(page - 1);
+    if (end > begin) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
 }

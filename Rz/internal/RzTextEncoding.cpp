@@ -3,11 +3,19 @@
 #include <iconv.h>
 #include <string.h>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+#if defined(__SSE2__) && (defined(__x86_64__) || defined(__i386__))
+#include <tmmintrin.h>
+#define RZ_TWO_BYTE_BLOCKS 1  // SSSE3, chosen at run time
+#endif
+
 #include <string>
 
 // --- Tables -------------------------------------------------------------------
 
-const unsigned char kRzMacRomanToISO8859_1[128] = {
+constexpr unsigned char kRzMacRomanToISO8859_1[128] = {
     0xC4, 0xC5, 0xC7, 0xC9, 0xD1, 0xD6, 0xDC, 0xE1, 0xE0, 0xE2, 0xE4, 0xE3, 0xE5, 0xE7, 0xE9, 0xE8,
     0xEA, 0xEB, 0xED, 0xEC, 0xEE, 0xEF, 0xF1, 0xF3, 0xF2, 0xF4, 0xF6, 0xF5, 0xFA, 0xF9, 0xFB, 0xFC,
     0xBE, 0xB0, 0xA2, 0xA3, 0xA7, 0x82, 0xB6, 0xDF, 0xAE, 0xA9, 0x8E, 0xB4, 0xA8, 0xAD, 0xC6, 0xD8,
@@ -18,7 +26,7 @@ const unsigned char kRzMacRomanToISO8859_1[128] = {
     0xF0, 0xD2, 0xDA, 0xDB, 0xD9, 0x9B, 0x9A, 0x85, 0xAF, 0x9D, 0x9C, 0x9E, 0xB8, 0xFD, 0xFE, 0x8F,
 };
 
-const unsigned char kRzISO8859_1ToMacRoman[128] = {
+constexpr unsigned char kRzISO8859_1ToMacRoman[128] = {
     0xC4, 0xC5, 0xA5, 0xC9, 0xD1, 0xF7, 0xDC, 0xB7, 0xE0, 0xE2, 0xE4, 0xE3, 0xC6, 0xB0, 0xAA, 0xFF,
     0xCD, 0xCE, 0xC3, 0xCF, 0xD3, 0xD4, 0xD2, 0xDF, 0xDA, 0xD9, 0xF6, 0xF5, 0xFA, 0xF9, 0xFB, 0xB8,
     0xCA, 0xC1, 0xA2, 0xA3, 0xDB, 0xB4, 0xB6, 0xA4, 0xAC, 0xA9, 0xBB, 0xC7, 0xC2, 0xAD, 0xA8, 0xF8,
@@ -40,22 +48,17 @@ const unsigned char UTF8StartByteMask[7] = {0x3F, 0x7F, 0x1F, 0x0F, 0x07, 0x03, 
 
 // --- Converters -----------------------------------------------------------------
 //
-// Text is mostly ASCII, so each converter looks at eight bytes at a time
-// while they are all plain ASCII (non-zero and below 128) and falls back to
-// one character at a time at the first byte that is not. The word is stored
-// as ASCII output before it is known how much of it is ASCII; the bytes
-// behind the first other byte are then overwritten by what follows. The
-// stores stay inside the output size each converter documents, because the
-// output never runs ahead of twice (once for ISO-8859-1) the input read.
+// Text is mostly ASCII, so the converters move sixteen bytes at a time while
+// they are plain ASCII (non-zero and below 128), and look at single
+// characters only around the others; UTF-8 to UTF-16 also takes Latin text
+// sixteen bytes at a time where the processor can shuffle bytes. Where they
+// store a whole block before knowing how much of it is valid output, the
+// bytes behind the valid ones are overwritten by what follows. These stores
+// stay inside the output size each converter documents: a block is stored
+// only while sixteen input bytes remain, and the output never runs ahead of
+// twice (once for ISO-8859-1) the input consumed.
 
 namespace {
-
-#if defined(__BYTE_ORDER__) && defined(__ORDER_LITTLE_ENDIAN__) && \
-    __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-const bool kWordAtATime = true;  // the first byte in memory is the word's low byte
-#else
-const bool kWordAtATime = false;
-#endif
 
 const uint64_t kOnes = 0x0101010101010101ull;
 const uint64_t kHighBits = 0x8080808080808080ull;
@@ -66,60 +69,8 @@ uint64_t Load8(const unsigned char* p) {
     return w;
 }
 
-void Store8(unsigned char* p, uint64_t w) {
-    memcpy(p, &w, sizeof w);
-}
-
-// Marks (with its high bit) every byte of w that is zero or from 128 up. A
-// zero byte can also mark the byte after it, so only the lowest mark is exact,
-// which is the one FirstMark reads.
-uint64_t Marks(uint64_t w) {
-    return (w | (w - kOnes)) & kHighBits;
-}
-
-size_t FirstMark(uint64_t marks) {
-    return static_cast<size_t>(__builtin_ctzll(marks)) >> 3;
-}
-
-// Four bytes, each widened to a big-endian 16-bit unit: b0 b1 b2 b3 become
-// 0 b0 0 b1 0 b2 0 b3 in memory.
-uint64_t WidenBigEndian(uint64_t fourBytes) {
-    uint64_t y = fourBytes & 0xFFFFFFFFull;
-    y = (y | (y << 16)) & 0x0000FFFF0000FFFFull;
-    y = (y | (y << 8)) & 0x00FF00FF00FF00FFull;
-    return y << 8;
-}
-
-template <bool kFromMacRoman>
-size_t ToUTF8(const unsigned char* p, size_t n, unsigned char* out) {
-    const unsigned char* const end = p + n;
-    unsigned char* o = out;
-    while (p < end) {
-        if (kWordAtATime && end - p >= 8) {
-            const uint64_t w = Load8(p);
-            Store8(o, w);
-            const uint64_t marks = Marks(w);
-            if (marks == 0) {
-                p += 8;
-                o += 8;
-                continue;
-            }
-            const size_t ascii = FirstMark(marks);
-            p += ascii;
-            o += ascii;
-        }
-        unsigned b = *p++;
-        if (b == 0) break;
-        if (b < 0x80) {
-            *o++ = static_cast<unsigned char>(b);
-            continue;
-        }
-        if (kFromMacRoman) b = kRzMacRomanToISO8859_1[b - 128];
-        o[0] = static_cast<unsigned char>(0xC0 + (b >> 6));
-        o[1] = static_cast<unsigned char>(0x80 + (b & 0x3F));
-        o += 2;
-    }
-    return static_cast<size_t>(o - out);
+bool HasZeroByte(uint64_t w) {
+    return ((w - kOnes) & ~w & kHighBits) != 0;
 }
 
 const unsigned char* Bytes(const char* p) {
@@ -128,6 +79,242 @@ const unsigned char* Bytes(const char* p) {
 
 unsigned char* Bytes(char* p) {
     return reinterpret_cast<unsigned char*>(p);
+}
+
+// --- Single bytes to UTF-8: one table lookup per byte, no branches.
+
+struct UTF8Form {
+    unsigned char bytes[2];  // the second is scratch for one-byte forms
+    unsigned char length;
+};
+
+struct UTF8Forms {
+    UTF8Form of[256];
+};
+
+constexpr UTF8Forms MakeUTF8Forms(bool fromMacRoman) {
+    UTF8Forms forms{};
+    for (int b = 0; b < 256; ++b) {
+        const int c = b >= 0x80 && fromMacRoman ? kRzMacRomanToISO8859_1[b - 128] : b;
+        if (c < 0x80) {
+            forms.of[b] = UTF8Form{{static_cast<unsigned char>(c), 0}, 1};
+        } else {
+            forms.of[b] = UTF8Form{{static_cast<unsigned char>(0xC0 + (c >> 6)),
+                                    static_cast<unsigned char>(0x80 + (c & 0x3F))},
+                                   2};
+        }
+    }
+    return forms;
+}
+
+constexpr UTF8Forms kISO8859_1Forms = MakeUTF8Forms(false);
+constexpr UTF8Forms kMacRomanForms = MakeUTF8Forms(true);
+
+size_t SingleBytesToUTF8(const unsigned char* p, size_t n, unsigned char* out,
+                         const UTF8Forms& forms) {
+    const unsigned char* const end = p + n;
+    unsigned char* o = out;
+    // Both bytes of a form are stored and the output moves by its length,
+    // so the next form overwrites the scratch byte.
+    auto put = [&o, &forms](unsigned char b) {
+        const UTF8Form& form = forms.of[b];
+        memcpy(o, form.bytes, 2);
+        o += form.length;
+    };
+    while (end - p >= 16) {
+        const uint64_t w0 = Load8(p), w1 = Load8(p + 8);
+        if (HasZeroByte(w0) || HasZeroByte(w1)) break;
+        if (((w0 | w1) & kHighBits) == 0) {
+            memcpy(o, p, 16);
+            o += 16;
+        } else {
+            for (int i = 0; i < 16; ++i) put(p[i]);
+        }
+        p += 16;
+    }
+    for (; p < end && *p != 0; ++p) put(*p);
+    return static_cast<size_t>(o - out);
+}
+
+// --- UTF-8 decoding.
+
+// The number of plain ASCII bytes that begin the 16 bytes at p (16 when all
+// are). All 16 bytes are stored at `out`, as they are or, with `widen`, as
+// big-endian 16-bit units; the caller keeps only the ASCII ones.
+#if defined(__SSE2__)
+size_t AsciiPrefix(const unsigned char* p, unsigned char* out, bool widen) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const __m128i zero = _mm_setzero_si128();
+    if (widen) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi8(zero, v));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16), _mm_unpackhi_epi8(zero, v));
+    } else {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), v);
+    }
+    const unsigned stops =
+        static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(v, _mm_cmpeq_epi8(v, zero))));
+    return static_cast<size_t>(__builtin_ctz(stops | 0x10000u));
+}
+#else
+// Without SSE2: the test eight bytes at a time, any byte order.
+size_t AsciiPrefix(const unsigned char* p, unsigned char* out, bool widen) {
+    if (widen) {
+        for (int i = 0; i < 16; ++i) {
+            out[2 * i] = 0;
+            out[2 * i + 1] = p[i];
+        }
+    } else {
+        memcpy(out, p, 16);
+    }
+    for (size_t i = 0; i < 16; i += 8) {
+        const uint64_t w = Load8(p + i);
+        if ((w & kHighBits) != 0 || HasZeroByte(w)) {
+            size_t k = i;
+            while (p[k] != 0 && p[k] < 0x80) ++k;
+            return k;
+        }
+    }
+    return 16;
+}
+#endif
+
+#if defined(RZ_TWO_BYTE_BLOCKS)
+// UTF-8 to UTF-16 sixteen bytes at a time, for text of ASCII and two-byte
+// characters (the Latin scripts): every byte gets the unit a character
+// starting there would give, and the units of continuation bytes are then
+// squeezed out with a byte shuffle.
+
+// For each set of kept units among eight: the shuffle that moves them to the
+// front, and how many there are.
+struct UnitCompaction {
+    unsigned char shuffle[256][16];
+    unsigned char count[256];
+};
+
+constexpr UnitCompaction MakeUnitCompaction() {
+    UnitCompaction c{};
+    for (int keep = 0; keep < 256; ++keep) {
+        int n = 0;
+        for (int unit = 0; unit < 8; ++unit) {
+            if (keep & (1 << unit)) {
+                c.shuffle[keep][2 * n] = static_cast<unsigned char>(2 * unit);
+                c.shuffle[keep][2 * n + 1] = static_cast<unsigned char>(2 * unit + 1);
+                ++n;
+            }
+        }
+        for (int i = 2 * n; i < 16; ++i) c.shuffle[keep][i] = 0x80;  // zero
+        c.count[keep] = static_cast<unsigned char>(n);
+    }
+    return c;
+}
+
+constexpr UnitCompaction kUnitCompaction = MakeUnitCompaction();
+
+bool HasTwoByteBlocks() {
+    static const bool has = __builtin_cpu_supports("ssse3");
+    return has;
+}
+
+// Converts the sixteen bytes at p when they are ASCII (not zero) and
+// complete two-byte sequences. `carry` says that the previous block's last
+// lead took the first byte as its continuation; a lead in the last byte
+// takes the byte behind the block, and `carry` is set for the next block.
+// Returns false and changes nothing for any other block. Reads 17 bytes at
+// p and stores up to 32 at o.
+__attribute__((target("ssse3"))) bool TwoByteBlockToUTF16(const unsigned char* p, unsigned char*& o,
+                                                          unsigned& carry) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const __m128i isLead =
+        _mm_cmpeq_epi8(_mm_and_si128(v, _mm_set1_epi8(char(0xE0))), _mm_set1_epi8(char(0xC0)));
+    const __m128i isContinuation =
+        _mm_cmpeq_epi8(_mm_and_si128(v, _mm_set1_epi8(char(0xC0))), _mm_set1_epi8(char(0x80)));
+    const unsigned zeros = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_setzero_si128())));
+    const unsigned others = unsigned(_mm_movemask_epi8(v));
+    const unsigned leads = unsigned(_mm_movemask_epi8(isLead));
+    const unsigned continuations = unsigned(_mm_movemask_epi8(isContinuation));
+    const unsigned lastLead = leads >> 15;
+    if (zeros != 0 || others != (leads | continuations) ||
+        continuations != (((leads << 1) | carry) & 0xFFFF) || (lastLead && (p[16] & 0xC0) != 0x80))
+        return false;
+
+    // A lead b with its continuation c gives ((b & 0x1F) << 6) | (c & 0x3F):
+    // high byte (b >> 2) & 0x07, low byte (b << 6) | (c & 0x3F).
+    const __m128i next = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 1));
+    const __m128i leadLow =
+        _mm_or_si128(_mm_and_si128(_mm_slli_epi16(v, 6), _mm_set1_epi8(char(0xC0))),
+                     _mm_and_si128(next, _mm_set1_epi8(0x3F)));
+    const __m128i low = _mm_or_si128(_mm_and_si128(isLead, leadLow), _mm_andnot_si128(isLead, v));
+    const __m128i high =
+        _mm_and_si128(isLead, _mm_and_si128(_mm_srli_epi16(v, 2), _mm_set1_epi8(0x07)));
+
+    const unsigned keep = ~continuations & 0xFFFF;
+    const unsigned first = keep & 0xFF, second = keep >> 8;
+    const __m128i* shuffles = reinterpret_cast<const __m128i*>(kUnitCompaction.shuffle);
+    _mm_storeu_si128(
+        reinterpret_cast<__m128i*>(o),
+        _mm_shuffle_epi8(_mm_unpacklo_epi8(high, low), _mm_loadu_si128(shuffles + first)));
+    o += 2 * kUnitCompaction.count[first];
+    _mm_storeu_si128(
+        reinterpret_cast<__m128i*>(o),
+        _mm_shuffle_epi8(_mm_unpackhi_epi8(high, low), _mm_loadu_si128(shuffles + second)));
+    o += 2 * kUnitCompaction.count[second];
+    carry = lastLead;
+    return true;
+}
+#else
+bool HasTwoByteBlocks() {
+    return false;
+}
+
+bool TwoByteBlockToUTF16(const unsigned char*, unsigned char*&, unsigned&) {
+    return false;
+}
+#endif
+
+template <bool kToUTF16>
+size_t DecodeUTF8(const unsigned char* p, size_t n, unsigned char* out) {
+    const size_t width = kToUTF16 ? 2 : 1;
+    const unsigned char* const end = p + n;
+    unsigned char* o = out;
+    const bool blocks = kToUTF16 && HasTwoByteBlocks();
+    const unsigned char* oneByOneUntil = p;  // behind a block that was not two-byte text
+    unsigned carry = 0;
+    while (p < end) {
+        if (blocks && p >= oneByOneUntil && end - p >= 17) {
+            if (TwoByteBlockToUTF16(p, o, carry)) {
+                p += 16;
+                continue;
+            }
+            oneByOneUntil = p + 16;
+        }
+        p += carry;  // the continuation byte that the last block took
+        carry = 0;
+        if (p == end) break;
+        if (end - p >= 16) {
+            const size_t ascii = AsciiPrefix(p, o, kToUTF16);
+            p += ascii;
+            o += width * ascii;
+            if (ascii == 16) continue;
+        }
+        const unsigned lead = *p;
+        if (lead == 0) break;
+        uint32_t value;
+        if ((lead & 0xE0) == 0xC0 && end - p >= 2 && (p[1] & 0xC0) == 0x80) {
+            // The two-byte form, most common after ASCII, without the loop.
+            value = ((lead & 0x1F) << 6) | (p[1] & 0x3F);
+            p += 2;
+        } else {
+            value = RzDecodeUTF8(p, end);
+        }
+        if (kToUTF16) {
+            o[0] = static_cast<unsigned char>(value >> 8);
+            o[1] = static_cast<unsigned char>(value);
+        } else {
+            o[0] = value < 256 ? static_cast<unsigned char>(value) : '?';
+        }
+        o += width;
+    }
+    return static_cast<size_t>(o - out);
 }
 
 }  // namespace
@@ -139,61 +326,15 @@ void RzTranslateUpperHalf(const unsigned char table[128], char* text, size_t n) 
 }
 
 size_t RzISO8859_1ToUTF8(const char* in, size_t n, char* out, bool macRoman) {
-    return macRoman ? ToUTF8<true>(Bytes(in), n, Bytes(out))
-                    : ToUTF8<false>(Bytes(in), n, Bytes(out));
+    return SingleBytesToUTF8(Bytes(in), n, Bytes(out), macRoman ? kMacRomanForms : kISO8859_1Forms);
 }
 
 size_t RzUTF8ToISO8859_1(const char* in, size_t n, char* out) {
-    const unsigned char* p = Bytes(in);
-    const unsigned char* const end = p + n;
-    unsigned char* o = Bytes(out);
-    while (p < end) {
-        if (kWordAtATime && end - p >= 8) {
-            const uint64_t w = Load8(p);
-            Store8(o, w);
-            const uint64_t marks = Marks(w);
-            if (marks == 0) {
-                p += 8;
-                o += 8;
-                continue;
-            }
-            const size_t ascii = FirstMark(marks);
-            p += ascii;
-            o += ascii;
-        }
-        if (*p == 0) break;
-        const uint32_t value = RzDecodeUTF8(p, end);
-        *o++ = value < 256 ? static_cast<unsigned char>(value) : '?';
-    }
-    return static_cast<size_t>(o - Bytes(out));
+    return DecodeUTF8<false>(Bytes(in), n, Bytes(out));
 }
 
 size_t RzUTF8ToUTF16BE(const char* in, size_t n, char* out) {
-    const unsigned char* p = Bytes(in);
-    const unsigned char* const end = p + n;
-    unsigned char* o = Bytes(out);
-    while (p < end) {
-        if (kWordAtATime && end - p >= 8) {
-            const uint64_t w = Load8(p);
-            Store8(o, WidenBigEndian(w));
-            Store8(o + 8, WidenBigEndian(w >> 32));
-            const uint64_t marks = Marks(w);
-            if (marks == 0) {
-                p += 8;
-                o += 16;
-                continue;
-            }
-            const size_t ascii = FirstMark(marks);
-            p += ascii;
-            o += 2 * ascii;
-        }
-        if (*p == 0) break;
-        const uint32_t value = RzDecodeUTF8(p, end);
-        o[0] = static_cast<unsigned char>(value >> 8);
-        o[1] = static_cast<unsigned char>(value);
-        o += 2;
-    }
-    return static_cast<size_t>(o - Bytes(out));
+    return DecodeUTF8<true>(Bytes(in), n, Bytes(out));
 }
 
 size_t RzUTF16BEToUTF8(const char* in, size_t n, char* out) {
