@@ -75,17 +75,6 @@ const Converter kConverters[] = {
 
 }  // namespace
 
-// The decoder reads nothing at or behind `end`, even inside a sequence.
-TEST(RzTextEncoding, DecoderStopsAtTheEnd) {
-    const unsigned char euro[] = {0xE2, 0x82, 0xAC};
-    for (size_t n = 1; n <= 3; ++n) {
-        const unsigned char* p = euro;
-        const uint32_t value = RzDecodeUTF8(p, euro + n);
-        EXPECT_EQ(p, euro + n);
-        EXPECT_EQ(value, n == 1 ? 0x2u : n == 2 ? 0x82u : 0x20ACu);
-    }
-}
-
 // The block-wise converters write what converting one character at a time
 // writes, and their stores ahead of the result never land behind the output
 // size they document.
