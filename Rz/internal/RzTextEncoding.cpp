@@ -211,7 +211,8 @@ constexpr UnitCompaction MakeUnitCompaction() {
 constexpr UnitCompaction kUnitCompaction = MakeUnitCompaction();
 
 bool HasTwoByteBlocks() {
-    static const bool has = __builtin_cpu_supports("ssse3");
+    // Also right when first asked while static objects are being built.
+    static const bool has = (__builtin_cpu_init(), __builtin_cpu_supports("ssse3"));
     return has;
 }
 
