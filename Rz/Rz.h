@@ -21,5 +21,6 @@
 #include <Rz/Mac/RzMacToolsOSX.h>
 #include <Rz/RzSystem/RzDate.h>
 #include <Rz/RzSystem/RzSystem.h>
+#include <Rz/RzMath/RzRandom.h>
 
 #endif

@@ -41,6 +41,11 @@ RzStringData* AllocateStringData(int64_t capacity, bool isBinary, int64_t room =
     const size_t bytes = kRzStringHeaderSize + static_cast<size_t>(spare ? room : capacity) + 1 +
                          (spare ? sizeof(int32_t) : 0);
     RzStringData* d = static_cast<RzStringData*>(::operator new(bytes));
+    // A buffer of megabytes (a file read whole, a converted or written text)
+    // is filled with a few page faults instead of one per small page, when
+    // the system is told before the first write.
+    const size_t largePage = RzOSLargePageSize();
+    if (largePage && bytes >= 4 * largePage) RzOSPreferLargePages(d, bytes);
     d->refCount = 1;
     d->capacity = static_cast<int32_t>(capacity);
     d->length = 0;

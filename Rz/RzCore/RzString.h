@@ -288,6 +288,77 @@ public:
     // the result.
     RzString UnQuoteString() const;
 
+    // --- Character sets, Unicode and hexadecimal text ---------------------------
+    //
+    // The conversions return a new string in a buffer of their own and leave
+    // this one unchanged. Except where said otherwise they read this string's
+    // length() bytes up to the first zero byte among them. Only the
+    // hexadecimal decoders raise errors; malformed UTF-8 is decoded as it
+    // comes (see UTF8ToISO8859_1). A result larger than 2^31 - 1 bytes fails
+    // with std::bad_alloc.
+
+    // A copy with the same length and binary flag in which every byte from 128
+    // up before the first zero byte is taken from Mac OS Roman to ISO-8859-1.
+    // Characters ISO-8859-1 lacks (dagger, bullet, the typographic quotes, ...)
+    // take otherwise unused codes, mostly of the range 128..159, so that
+    // ISO8859_1ToMacRoman restores every byte. Mac OS Roman 0xCD (capital O
+    // with tilde) becomes 0x90, not 0xD5.
+    RzString MacRomanToISO8859_1() const;
+    // The inverse table: 0x90 becomes 0xCD, and 0xD5 stays 0xD5 (the right
+    // single quotation mark in Mac OS Roman).
+    RzString ISO8859_1ToMacRoman() const;
+    // A text: bytes below 128 are copied, any other byte b becomes the two
+    // bytes 0xC0 + (b >> 6), 0x80 + (b & 0x3F). Capacity 2 x length().
+    RzString ISO8859_1ToUTF8() const;
+    // A text of the decoded values: each value below 256 becomes that byte,
+    // any other '?'. Capacity length(). Decoding: the lead byte gives the
+    // sequence length (a continuation byte in lead position counts as 5) and
+    // further bytes are taken while they are continuation bytes, so a cut
+    // sequence yields what it has ("\xC3A" gives 3, then 'A'). Overlong
+    // forms, surrogates and values above 0x10FFFF are not refused; an
+    // overlong zero ends the text.
+    RzString UTF8ToISO8859_1() const;
+    // MacRomanToISO8859_1, then ISO8859_1ToUTF8 (capacity 2 x length()): a
+    // character that Mac OS Roman carries on a code of 128..159 comes out as
+    // the UTF-8 form of that code, and UTF8ToMacRoman restores it.
+    RzString MacRomanToUTF8() const;
+    // UTF8ToISO8859_1, then ISO8859_1ToMacRoman.
+    RzString UTF8ToMacRoman() const;
+    // A binary string of the decoded values (as UTF8ToISO8859_1 decodes),
+    // two bytes each, most significant first on every host, cut to 16 bits
+    // (no surrogate pairs), without byte-order mark or terminating unit.
+    // Capacity 2 x length(); length the bytes written.
+    RzString UTF8ToUTF16() const;
+    // The inverse for a binary string as UTF8ToUTF16 makes: all length()
+    // bytes, zero bytes included, read as big-endian 16-bit units (a trailing
+    // odd byte is ignored), each written as one to three UTF-8 bytes. Unit by
+    // unit: surrogates are not combined, a byte-order mark is converted like
+    // any unit, a zero unit gives a zero byte (which ends the text). A text,
+    // capacity 4 x length().
+    RzString UTF16ToUTF8() const;
+
+    // Sets this string to the 2 x n upper-case hexadecimal digits of the n
+    // bytes at `bytes`, high nibble first, and returns a copy of it. A null
+    // `bytes` or n <= 0 gives the null string.
+    RzString Bin2Str(const void* bytes, int32_t n);
+    // The hexadecimal text of this string's length() bytes, zero bytes of a
+    // binary string included.
+    RzString BinStr2Str() const;
+    // Half the length of a hexadecimal text (0 for the null string). Raises
+    // "RzFormatErr" (19) for an odd length.
+    int32_t BinSize() const;
+    // Decodes the hexadecimal text (0-9, A-F, a-f; two digits a byte, high
+    // nibble first) into `out`, which must hold BinSize() bytes, up to the
+    // end of the text or its first zero byte; a null `out` decodes nothing.
+    // Then stores BinSize() in *sizeOut when sizeOut is given. Raises
+    // "RzFormatErr" (19) for a character that is not a digit or a digit
+    // without its partner (odd length); the bytes decoded before it stay in
+    // `out` and *sizeOut is not written.
+    void Str2Bin(void* out, int32_t* sizeOut) const;
+    // The decoded bytes as a text whose length is BinSize(), zero bytes
+    // included; the null string for an empty text. Raises as Str2Bin.
+    RzString Str2BinStr() const;
+
 private:
     static void Release(RzStringData* d) {
         if (d && --d->refCount == 0) FreeStringData(d);

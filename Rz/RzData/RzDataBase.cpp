@@ -6,7 +6,6 @@
 #include <vector>
 
 #include <Rz/RzCore/RzError.h>
-#include <Rz/internal/RzOS.h>
 #include <Rz/internal/RzRaise.h>
 #include <Rz/internal/RzStringBuffer.h>
 
@@ -880,9 +879,6 @@ RzString WriteText(const RzDataBase* db, int64_t indent, bool protectedForm, con
     Walk(db, indent, size);
     if (size.size == 0) return RzString();
     RzStringData* buffer = RzNewTextBuffer(size.size);
-    // Megabytes of text: fill them with a few page faults, not thousands.
-    if (static_cast<size_t>(size.size) >= 2 * RzOSLargePageSize() && RzOSLargePageSize())
-        RzOSPreferLargePages(buffer->chars, static_cast<size_t>(size.size));
     WritePass write{protectedForm, buffer->chars};
     write.Put(before, nBefore);
     try {

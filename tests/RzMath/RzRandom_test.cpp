@@ -1,0 +1,113 @@
+#include <Rz/RzMath/RzRandom.h>
+
+#include <math.h>
+#include <stdint.h>
+#include <stdlib.h>
+#include <time.h>
+
+#include <functional>
+#include <random>
+#include <string>
+
+#include "RandomVectors.h"
+#include "support/RzTestSupport.h"
+
+namespace {
+
+const int32_t kModulus = 2147483647;
+
+}  // namespace
+
+// The contract: every variate from several seeds, with the state after it.
+TEST(RzRandom, ReferenceVectors) {
+    const char* root = getenv("RZ_TEST_SOURCE_DIR");
+    ASSERT_NE(root, nullptr);
+    std::string failures;
+    EXPECT_GT(rzvectors::Check(std::string(root) + "/tests/data/random_vectors.txt", failures),
+              500);
+    EXPECT_EQ(failures, "");
+}
+
+TEST(RzRandom, Generator) {
+    RzRandom rng(1);
+    for (int32_t expected : {48271, 182605794, 1291394886}) EXPECT_EQ(rng.NextSeed(), expected);
+    for (int i = 3; i < 10000; ++i) rng.NextSeed();
+    EXPECT_EQ(rng.GetSeed(), 399268537);
+
+    // The standard library's generator with the same constants, on states
+    // spread over the whole range.
+    std::minstd_rand reference;
+    for (int64_t x = 1; x < kModulus; x += x < 20000 || x > kModulus - 20000 ? 1 : 2039) {
+        reference.seed(static_cast<std::minstd_rand::result_type>(x));
+        if (RzRandom::Random(int32_t(x)) != int32_t(reference())) {
+            ADD_FAILURE() << "state " << x;
+            break;
+        }
+    }
+
+    // Any 32-bit value, valid or not, steps without overflow to a value
+    // congruent to 48271 x in 1..2^31 - 1 (so 0 goes to the modulus, which
+    // stays there).
+    for (int32_t x : {INT32_MIN, INT32_MIN + 1, -kModulus + 1, -1, 0, 44488, kModulus}) {
+        const int64_t t = RzRandom::Random(x);
+        EXPECT_TRUE(t >= 1 && t <= kModulus && (t - 48271 * int64_t(x)) % kModulus == 0) << x;
+    }
+}
+
+TEST(RzRandom, SetSeed) {
+    const struct {
+        int32_t x, state;
+    } cases[] = {{5, 5}, {-5, 5}, {0, 0}, {kModulus, 0}, {-kModulus, 0}, {INT32_MIN, 1}};
+    for (auto c : cases) {
+        RzRandom rng(77);
+        rng.SetSeed(c.x);
+        EXPECT_EQ(rng.GetSeed(), c.state) << c.x;
+        if (c.state == 0) {  // the fixed point
+            EXPECT_EQ(rng.NextSeed(), kModulus);
+            EXPECT_EQ(rng.Random(), 1.0);
+        }
+    }
+}
+
+TEST(RzRandom, RandomSeedCountsAndAddsTheClock) {
+    const int32_t saved = RzRandom::m_seedoffset;
+    for (int32_t offset : {0, 41, kModulus - 1, INT32_MAX}) {
+        RzRandom::m_seedoffset = offset;
+        RzRandom rng(1);
+        const time_t before = time(nullptr);
+        rng.RandomSeed();
+        const time_t after = time(nullptr);
+        const int32_t next = int32_t(uint32_t(offset) + 1u);
+        EXPECT_EQ(RzRandom::m_seedoffset, next);
+        bool matched = false;
+        for (time_t now = before; now <= after; ++now) {
+            const uint32_t sum =
+                uint32_t(RzRandom::Random(int32_t(llabs(next) % kModulus))) + uint32_t(now);
+            matched |= rng.GetSeed() == llabs(int64_t(int32_t(sum))) % kModulus;
+        }
+        EXPECT_TRUE(matched) << offset;
+    }
+    RzRandom::m_seedoffset = saved;
+}
+
+// Sample means, so that a wrong constant shared by the library and the
+// oracle of the reference vectors would still show.
+TEST(RzRandom, SampleMeans) {
+    const struct {
+        const char* name;
+        double mean, tolerance;
+        std::function<double(RzRandom&)> draw;
+    } cases[] = {
+        {"Normal", 10.0, 0.05, [](RzRandom& r) { return r.Normal(10.0, 2.0); }},
+        {"Normal squared", 1.0, 0.04, [](RzRandom& r) { return pow(r.Normal(0.0, 1.0), 2); }},
+        {"Exponential", 2.0, 0.06, [](RzRandom& r) { return r.Exponential(2.0); }},
+        {"Geometric", 1.0, 0.05, [](RzRandom& r) { return double(r.Geometric(0.5)); }},
+        {"Poisson", 3.0, 0.05, [](RzRandom& r) { return double(r.Poisson(3.0)); }},
+    };
+    for (const auto& c : cases) {
+        RzRandom rng(31415926);
+        double sum = 0.0;
+        for (int i = 0; i < 20000; ++i) sum += c.draw(rng);
+        EXPECT_NEAR(sum / 20000, c.mean, c.tolerance) << c.name;
+    }
+}
