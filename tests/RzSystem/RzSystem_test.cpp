@@ -27,25 +27,17 @@ namespace {
 // A tick clock the test sets; a delay advances it and is recorded.
 uint32_t gFakeTicks = 0;
 std::vector<uint32_t> gFakeDelays;
-uint32_t FakeTicks() {
-    return gFakeTicks;
-}
-uint32_t FakeDelay(uint32_t count) {
-    gFakeDelays.push_back(count);
-    return gFakeTicks += count;
-}
 
-class FakeClock {
-public:
+struct FakeClock {
     explicit FakeClock(uint32_t ticks) {
         gFakeTicks = ticks;
         gFakeDelays.clear();
-        const RzTickClock fake = {FakeTicks, FakeDelay};
+        const RzTickClock fake = {
+            [] { return gFakeTicks; },
+            [](uint32_t n) { return gFakeDelays.push_back(n), gFakeTicks += n; }};
         saved = RzSetTickClock(&fake);
     }
     ~FakeClock() { RzSetTickClock(&saved); }
-
-private:
     RzTickClock saved;
 };
 
@@ -108,15 +100,6 @@ TEST(RzSystem, DelayRoundsUpToTicksAndReturnsTheClockAtItsEnd) {
     }
 }
 
-TEST(RzSystem, EndTimeMeasurementWritesNothing) {
-    DebugCapture capture(10);
-    FakeClock clock(100);
-    const uint32_t start = RzSystem::StartTimeMeasurement();
-    gFakeTicks += 90;
-    RzSystem::EndTimeMeasurement(static_cast<int32_t>(start), "50% of %s %n");
-    EXPECT_TRUE(capture.writes.empty());
-}
-
 TEST(RzSystem, TickCountIsTheMonotonicClockInMilliseconds) {
     const uint64_t before = MonotonicTicks();
     const uint32_t ms = RzSystem::TickCount();
@@ -124,16 +107,6 @@ TEST(RzSystem, TickCountIsTheMonotonicClockInMilliseconds) {
     bool found = false;
     for (uint64_t t = before; t <= after; ++t) found = found || Ms(t) == ms;
     EXPECT_TRUE(found) << Joined(before, ms, after);
-
-    // A real delay of 100 ms: 6 ticks, ending on a tick boundary, so between
-    // 5 and 6 ticks from a start somewhere inside a tick.
-    const uint64_t start = MonotonicTicks();
-    const int32_t end = RzSystem::Delay(100);
-    const uint64_t now = MonotonicTicks();
-    EXPECT_GE(now, start + 6);
-    found = false;
-    for (uint64_t t = start + 6; t <= now; ++t) found = found || Ms(t) == uint32_t(end);
-    EXPECT_TRUE(found) << Joined(start, end, now);
 }
 
 // --- The program -------------------------------------------------------------
@@ -142,20 +115,10 @@ TEST(RzSystem, TheRunningProgram) {
     char exe[PATH_MAX];
     ASSERT_NE(realpath("/proc/self/exe", exe), nullptr);
     EXPECT_STREQ(RzSystem::GetProcessFile().GetFullName().c_str(), exe);
-    EXPECT_EQ(RzSystem::GetWorkingDir().GetFullName(), RzFileSpec(RzString()).GetFullName());
-
     RzFileSpec spec("/tmp/a.txt");
-    int version = 0;
-    const std::vector<std::function<void()>> unavailable = {
-        [&] { RzSystem::SetWorkingDir(spec); },
-        [&] { RzSystem::ExecuteCommandLine("ls", spec, nullptr); },
-        [&] { RzSystem::GetFileVersion(spec, &version); },
-    };
-    for (const auto& call : unavailable) {
-        const RzError e = CatchRzError(call);
-        EXPECT_EQ(Joined(e.GetErr(), e.GetErrName(), e.GetFileName()), "1|RzUndefProc|RzSystem");
-    }
-    RzSystem::InstallICCProfile(spec);
+    EXPECT_RZ_ERROR(RzSystem::SetWorkingDir(spec), 1, "RzUndefProc");
+    EXPECT_RZ_ERROR(RzSystem::ExecuteCommandLine("ls", spec, nullptr), 1, "RzUndefProc");
+    EXPECT_RZ_ERROR(RzSystem::GetFileVersion(spec, nullptr), 1, "RzUndefProc");
 }
 
 // --- Files -------------------------------------------------------------------
@@ -172,18 +135,9 @@ int OpenDescriptors() {
     return n;
 }
 
-std::string Flags(const std::string& path) {
-    uint32_t type = 0, creator = 0;
-    uint16_t flags = 0;
-    RzOSReadFinderInfo(path.c_str(), type, creator, flags, nullptr);
-    return Joined(RzString().FromSig(type), RzString().FromSig(creator), flags);
-}
-
-TEST(RzSystem, CreateRemoveMoveAndHide) {
+TEST(RzSystem, RemoveAndMoveRaiseTheSystemsResult) {
     RzTempDir t;
-    EXPECT_EQ(RzSystem::CreateDir(Spec(t / "d")), 0);
-    EXPECT_EQ(RzSystem::CreateDir(Spec(t / "d")), -48);
-
+    mkdir((t / "d").c_str(), 0700);
     RzPutFile(t / "f");
     RzSystem::RemoveFile(Spec(t / "f"));
     RzSystem::RemoveFile(Spec(t / "d"));  // an empty folder
@@ -200,12 +154,6 @@ TEST(RzSystem, CreateRemoveMoveAndHide) {
     EXPECT_EQ(FileText(t / "full/b"), "moved");
     const RzError e = CatchRzError([&] { RzSystem::MoveFile(Spec(t / "a"), Spec(t / "c")); });
     EXPECT_EQ(Joined(e.GetErr(), e.GetErrName()), "4294967295|err");
-
-    EXPECT_EQ(RzSystem::SetFileVisible(Spec(t / "full/b"), false), 0);
-    EXPECT_EQ(Flags(t / "full/b"), Joined("    ", "    ", 0x4000));
-    EXPECT_EQ(RzSystem::SetFileVisible(Spec(t / "full/b"), true), 0);
-    EXPECT_EQ(Flags(t / "full/b"), Joined("    ", "    ", 0));
-    EXPECT_EQ(RzSystem::SetFileVisible(Spec(t / "missing"), true), -43);
 }
 
 TEST(RzSystem, CopyFileCopiesTheDataInChunks) {
@@ -227,7 +175,10 @@ TEST(RzSystem, CopyFileCopiesTheDataInChunks) {
     RzOSChangeFinderFlags((t / "p.icc").c_str(), true, kIsInvisible);
     RzSystem::CopyFile(Spec(t / "p.icc"), Spec(t / "copy.txt"));
     EXPECT_EQ(FileText(t / "copy.txt"), "profile");
-    EXPECT_EQ(Flags(t / "copy.txt"), Joined("TEXT", "ttxt", 0));
+    uint32_t type = 0, creator = 0;
+    uint16_t flags = 1;
+    RzOSReadFinderInfo((t / "copy.txt").c_str(), type, creator, flags, nullptr);
+    EXPECT_EQ(Joined(type, creator, flags), Joined(0x54455854, 0x74747874, 0));  // 'TEXT' 'ttxt'
 
     // A file copied onto itself is opened for writing after it was opened
     // for reading: it ends up empty, and the copy ends.
@@ -284,14 +235,12 @@ TEST(RzSystem, CopyFileCopiesAFileOfTwoGigabytesWhole) {
         }
         close(in);
     });
-    bool raised = false;
     try {
         RzSystem::CopyFile(Spec(t / "big"), Spec(t / "pipe"));
-    } catch (const RzError&) {
-        raised = true;
+    } catch (const RzError& e) {
+        ADD_FAILURE() << e.GetErrName();  // the pipe was opened: the reader ends
     }
     reader.join();
-    EXPECT_FALSE(raised);
     EXPECT_EQ(Joined(int64_t(counted), last), Joined(int64_t(size), "tail!"));
 }
 
@@ -350,10 +299,8 @@ TEST(RzSystem, LockedAndUnlocked) {
     RzTempDir t;
     RzPutFile(t / "f");
     symlink("f", (t / "link").c_str());
-    // Made read-only by an SMB client: Samba's record, version 5.
-    const unsigned char dos[] = {0,    0, 5, 0, 5, 0, 0, 0, 0x11, 0, 0, 0,
-                                 0x21, 0, 0, 0, 1, 2, 3, 4, 5,    6, 7, 8};
-    ASSERT_EQ(setxattr((t / "f").c_str(), "user.DOSATTRIB", dos, sizeof dos, 0), 0);
+    // Made read-only by an SMB client (Samba's old text form).
+    ASSERT_EQ(setxattr((t / "f").c_str(), "user.DOSATTRIB", "0x21", 5, 0), 0);
     EXPECT_TRUE(RzSystem::IsFileLocked(Spec(t / "f")));
     EXPECT_TRUE(RzSystem::IsFileLocked(Spec(t / "link")));
     RzSystem::UnLockFile(Spec(t / "link"));
@@ -376,7 +323,7 @@ public:
                   "out=\"$(dirname \"$0\")/launched\"\n"
                   "for a in \"$@\"; do printf '%s\\0' \"$a\"; done >\"$out.part\"\n"
                   "mv \"$out.part\" \"$out\"\n"
-                  "sleep 2\n");
+                  "sleep 1\n");
         chmod((bin() + "/xdg-open").c_str(), 0700);
         const char* path = getenv("PATH");
         env.Set("PATH", (bin() + ":" + (path ? path : "/usr/bin:/bin")).c_str());
@@ -414,7 +361,7 @@ TEST(RzSystem, LaunchURLReachesNoShellAndDoesNotWait) {
                             ");`touch " + opener.dir / "pwned2" + "` *";
     const uint64_t start = MonotonicTicks();
     RzSystem::LaunchURL(url.c_str());
-    EXPECT_LT(MonotonicTicks() - start, 60u) << "returns while the opener still runs";
+    EXPECT_LT(MonotonicTicks() - start, 30u) << "returns while the opener still runs";
     EXPECT_FALSE(HasChildren());
     EXPECT_EQ(opener.Launched(), url + '\0');
     EXPECT_FALSE(RzOSItemExists((opener.dir / "pwned").c_str()) ||

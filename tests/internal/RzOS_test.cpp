@@ -323,16 +323,6 @@ double MonotonicMs() {
 
 }  // namespace
 
-TEST(RzOS, TickClockIsTheMonotonicClockInSixtieths) {
-    for (int i = 0; i < 3; ++i) {
-        const uint32_t before = static_cast<uint32_t>(MonotonicTicks());
-        const uint32_t ticks = RzOSTickCount();
-        const uint32_t after = static_cast<uint32_t>(MonotonicTicks());
-        EXPECT_LE(ticks - before, after - before) << Joined(before, ticks, after);
-        usleep(20000);
-    }
-}
-
 TEST(RzOS, DelayEndsOnTheTickGridAndNeverEarly) {
     const uint64_t now = MonotonicTicks();
     EXPECT_LE(RzOSDelayTicks(0) - static_cast<uint32_t>(now), 1u) << "0 returns at once";
@@ -460,15 +450,4 @@ TEST(RzOS, ImmutableFlagIsALockClearedFirst) {
     EXPECT_FALSE(locked);
     EXPECT_EQ(Attr(f, kDosAttrib), DosAttrib(0x20));
     EXPECT_TRUE(RzPutFile(f, "writable again"));
-}
-
-TEST(RzOS, LockedOnAFileSystemWithoutUserAttributes) {
-    NoXattrMount m;
-    if (!m.mounted) GTEST_SKIP() << m.reason;
-    const std::string f = m.point + "/f";
-    RzPutFile(f);
-    bool locked = true;
-    EXPECT_EQ(RzOSGetNodeLocked(f.c_str(), locked), noErr);
-    EXPECT_FALSE(locked);
-    EXPECT_EQ(RzOSClearNodeLocked(f.c_str()), noErr);
 }
