@@ -79,7 +79,8 @@ public:
     // opened for writing is). Errors of the file streams are passed on
     // unchanged ("FileNotOpen..." 12 when either cannot be opened), both
     // files closed. The source is opened first, so a missing source leaves
-    // the destination alone; copying a file onto itself empties it.
+    // the destination alone; copying a file onto itself empties it. A source
+    // of 2 GB or more is copied whole.
     static void CopyFile(const RzFileSpec& source, const RzFileSpec& destination);
     // RzMacMoveFile (rename); a failure raises its result (-1) as code with
     // the name "err". Moving to another file system fails.

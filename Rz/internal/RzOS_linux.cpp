@@ -366,7 +366,10 @@ const uint16_t kAfpInhibitBits =
 // A descriptor for the kernel's flags (FS_IOC_GETFLAGS), opened without side
 // effects: regular files and folders only, never a device or a pipe.
 int OpenForFlags(const char* path, mode_t mode) {
-    if (!S_ISREG(mode) && !S_ISDIR(mode)) return -1;
+    if (!S_ISREG(mode) && !S_ISDIR(mode)) {
+        errno = EPERM;  // what setting flags on such an item gives
+        return -1;
+    }
     return open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
 }
 
