@@ -113,6 +113,22 @@ bool RzMetadataSetFinderInfo(unsigned char* blob, size_t size, const unsigned ch
     return true;
 }
 
+bool RzMetadataGetAfpAttributes(const unsigned char* blob, size_t size, uint16_t* attributes) {
+    uint32_t afpOffset = 0;
+    if (!RzMetadataIsValid(blob, size)) return false;
+    RzAppleDoubleFindEntry(blob, size, size, kRzEntryAfpFileInfo, &afpOffset, nullptr);
+    *attributes = RzGetBE16(blob + afpOffset + 2);
+    return true;
+}
+
+bool RzMetadataSetAfpAttributes(unsigned char* blob, size_t size, uint16_t attributes) {
+    uint32_t afpOffset = 0;
+    if (!RzMetadataIsValid(blob, size)) return false;
+    RzAppleDoubleFindEntry(blob, size, size, kRzEntryAfpFileInfo, &afpOffset, nullptr);
+    RzPutBE16(blob + afpOffset + 2, attributes);
+    return true;
+}
+
 void RzMetadataBuild(unsigned char* blob, const unsigned char* fi, uint32_t date) {
     memset(blob, 0, kRzMetadataSize);
     RzPutBE32(blob, kRzAppleDoubleMagic);

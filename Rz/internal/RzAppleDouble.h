@@ -31,8 +31,16 @@ enum {
     kRzEntryPrivateNodeID = 0x8053567E
 };
 
-// AFP attribute bit kept in step with the Finder's invisible flag.
-enum { kRzAfpAttributeInvisible = 0x0001 };
+// AFP attributes (the 16-bit word at offset 2 of the AFP file information):
+// invisible, kept in step with the Finder's invisible flag; and the three
+// inhibit bits an AFP server enforces for a locked file (it refuses to open
+// a file with WriteInhibit for writing).
+enum {
+    kRzAfpAttributeInvisible = 0x0001,
+    kRzAfpAttributeWriteInhibit = 0x0020,
+    kRzAfpAttributeRenameInhibit = 0x0080,
+    kRzAfpAttributeDeleteInhibit = 0x0100
+};
 
 // Big-endian fields.
 uint16_t RzGetBE16(const unsigned char* p);
@@ -74,6 +82,13 @@ bool RzMetadataGetFinderInfo(const unsigned char* blob, size_t size, unsigned ch
 // the Finder flag kIsInvisible; every other byte is kept. False for an invalid
 // record (left unchanged).
 bool RzMetadataSetFinderInfo(unsigned char* blob, size_t size, const unsigned char* fi);
+
+// The AFP attributes of a valid record; false (`attributes` untouched) for an
+// invalid one.
+bool RzMetadataGetAfpAttributes(const unsigned char* blob, size_t size, uint16_t* attributes);
+// Replaces the AFP attributes of a valid record, every other byte kept; false
+// (unchanged) for an invalid record.
+bool RzMetadataSetAfpAttributes(unsigned char* blob, size_t size, uint16_t attributes);
 
 // Builds a fresh 402-byte record as the servers write one: the eight entries
 // in ascending ID order at their fixed offsets, comment and private entries

@@ -18,8 +18,8 @@
 //   - attributes of items: Finder information and other flags kept beside
 //     an item's contents;
 //   - folders: well-known folders and creating folders.
-// Calls of the desktop (clipboard, keyboard, bell, screen saver) get a
-// section of their own at the end.
+// Calls of the desktop (clipboard, keyboard, bell, screen saver, menu bar)
+// get a section of their own at the end.
 //
 // The file calls stand in for the File Manager calls the Mac OS file layer is
 // written against and keep their contracts: they return File Manager result
@@ -51,6 +51,17 @@ int32_t RzOSSystemVersion();
 // derived from the system version (Mac OS).
 int32_t RzOSPlatform();
 
+// TickCount: the system's tick clock, 60 ticks a second since the system
+// started, not counting time asleep, in 32 bits (it wraps after 2^32 ticks,
+// about 828 days).
+uint32_t RzOSTickCount();
+
+// Delay(count, &final): blocks until the tick clock has advanced `count`
+// ticks from now and returns the tick count then. The wait ends on a tick
+// boundary (an absolute deadline, never early), so repeated short delays do
+// not drift; 0 returns at once. Signals do not cut it short.
+uint32_t RzOSDelayTicks(uint32_t count);
+
 // --- The process ---------------------------------------------------------------
 
 // The running executable's absolute path, links resolved; "" when it cannot
@@ -59,6 +70,15 @@ RzString RzOSExecutablePath();
 
 // Makes `folder` the working directory: 0, or -1 when that fails.
 int RzOSChangeWorkingDir(const char* folder);
+
+// ICLaunchURL: hands `url` to the desktop's opener, which opens it in the
+// user's default application, and returns at once. The opener runs as a
+// process of its own that this process never waits for and that never
+// becomes its zombie; it gets the URL as its one argument (no shell reads
+// it). noErr once the opener has been started on its way; a mapped errno
+// when no process could be started. Whether the opener exists and what it
+// makes of the URL is not reported.
+OSErr RzOSOpenURL(const char* url);
 
 // --- Streams -------------------------------------------------------------------
 
@@ -130,6 +150,10 @@ OSErr RzOSSpecMakeRef(const FSSpec& spec, FSRef& ref);
 // item or the target does not exist.
 OSErr RzOSResolveAliasSpec(FSSpec& spec);
 
+// Whether anything is at `path` itself: a file, a folder, or a symbolic link
+// (also one whose target is missing), readable or not.
+bool RzOSItemExists(const char* path);
+
 // --- Attributes of items -------------------------------------------------------
 //
 // Finder information is kept in extended attributes where Linux file servers
@@ -161,6 +185,32 @@ OSErr RzOSWriteFinderInfo(const char* path, uint32_t type, uint32_t creator);
 // noErr without writing when the flags are already so; wrgVolTypErr when
 // they would need a write the file system cannot take.
 OSErr RzOSChangeFinderFlags(const char* path, bool set, uint16_t flagBits);
+
+// The Finder's Locked box, the Mac's user-immutable flag (kFSNodeLockedMask
+// of the node flags), has three counterparts here, and an item is locked when
+// any of them is set:
+//   - the DOS read-only attribute Samba keeps in "user.DOSATTRIB" (what a Mac
+//     sees as Locked over SMB; layout in Rz/internal/RzDosAttrib.h);
+//   - the AFP WriteInhibit attribute in the servers' record (what netatalk
+//     enforces and a Mac sees as Locked over AFP);
+//   - the kernel's immutable flag (chattr +i), which holds for everybody.
+// `path` is taken as it is (links followed).
+
+// FSGetCatalogInfo with node flags, the locked bit: `locked` tells whether
+// any of the three is set. fnfErr for a missing item (then `locked` is
+// false); a store that cannot be read, or one Samba or the servers would
+// reject, counts as not set.
+OSErr RzOSGetNodeLocked(const char* path, bool& locked);
+
+// FSSetCatalogInfo with the locked bit cleared: clears each of the three that
+// is set, the immutable flag first (it forbids changing the others): the
+// read-only bit of "user.DOSATTRIB"; and, where the record has WriteInhibit,
+// that bit with RenameInhibit and DeleteInhibit, which an AFP server sets
+// with it. Each store is rewritten with only those bits changed; neither
+// store is created. Clearing the immutable flag needs
+// the CAP_LINUX_IMMUTABLE capability. noErr when nothing was set; otherwise
+// the first error met, each step being tried regardless.
+OSErr RzOSClearNodeLocked(const char* path);
 
 // --- Folders -------------------------------------------------------------------
 
@@ -205,5 +255,10 @@ OSErr RzOSColorSyncFolder(short domain, bool create, short& vRefNum, int32_t& di
 // dupFNErr when it exists, bdNamErr for a null or empty name, ".", "..", or
 // a name holding '/', paramErr for an empty reference.
 OSErr RzOSCreateDirectory(const FSRef& parent, const char* name);
+
+// --- The desktop ---------------------------------------------------------------
+//
+// The clipboard, the keyboard state, the bell, keeping the machine awake and
+// the menu bar are still to come here.
 
 #endif

@@ -4,15 +4,21 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
+#include <linux/fs.h>
 #include <pwd.h>
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/utsname.h>
+#include <sys/wait.h>
 #include <sys/xattr.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <map>
@@ -24,6 +30,7 @@
 #include <Rz/Mac/RzByteOrder.h>
 #include <Rz/internal/RzAppleDouble.h>
 #include <Rz/internal/RzBCDVersion.h>
+#include <Rz/internal/RzDosAttrib.h>
 #include <Rz/internal/RzPaths.h>
 #include <Rz/internal/RzUserDirs.h>
 
@@ -339,6 +346,89 @@ OSErr UpdateFinderInfo(const char* path, Change change) {
     return WriteStores(path, st, s, after);
 }
 
+// --- Clock -----------------------------------------------------------------
+
+// The monotonic clock (which, like the Mac's tick count, stands still while
+// the system sleeps) in 60ths of a second, in 64 bits.
+uint64_t MonotonicTicks() {
+    struct timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<uint64_t>(now.tv_sec) * 60 +
+           static_cast<uint64_t>(now.tv_nsec) * 60 / 1000000000;
+}
+
+// --- Locked ----------------------------------------------------------------
+
+const char kDosAttribName[] = "user.DOSATTRIB";
+const uint16_t kAfpInhibitBits =
+    kRzAfpAttributeWriteInhibit | kRzAfpAttributeRenameInhibit | kRzAfpAttributeDeleteInhibit;
+
+// A descriptor for the kernel's flags (FS_IOC_GETFLAGS), opened without side
+// effects: regular files and folders only, never a device or a pipe.
+int OpenForFlags(const char* path, mode_t mode) {
+    if (!S_ISREG(mode) && !S_ISDIR(mode)) {
+        errno = EPERM;  // what setting flags on such an item gives
+        return -1;
+    }
+    return open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+}
+
+// Whether the kernel's immutable flag is set. statx reports it without
+// opening the item; where the file system does not report it there, the
+// flags are read from the opened item (an item that cannot be opened counts
+// as not immutable). A missing item is an error.
+OSErr ImmutableFlag(const char* path, bool& immutable, mode_t& mode) {
+    immutable = false;
+    struct statx sx;
+    if (statx(AT_FDCWD, path, 0, STATX_TYPE, &sx) != 0) return RzOSErrFromErrno(errno);
+    mode = sx.stx_mode;
+    if (sx.stx_attributes_mask & STATX_ATTR_IMMUTABLE) {
+        immutable = (sx.stx_attributes & STATX_ATTR_IMMUTABLE) != 0;
+        return noErr;
+    }
+    const int fd = OpenForFlags(path, mode);
+    if (fd < 0) return noErr;
+    int flags = 0;  // the kernel reads and writes an int, whatever the ioctl's name says
+    if (ioctl(fd, FS_IOC_GETFLAGS, &flags) == 0) immutable = (flags & FS_IMMUTABLE_FL) != 0;
+    close(fd);
+    return noErr;
+}
+
+OSErr ClearImmutable(const char* path, mode_t mode) {
+    const int fd = OpenForFlags(path, mode);
+    if (fd < 0) return RzOSErrFromErrno(errno);
+    int flags = 0;
+    OSErr err = noErr;
+    if (ioctl(fd, FS_IOC_GETFLAGS, &flags) != 0) {
+        err = RzOSErrFromErrno(errno);
+    } else if (flags & FS_IMMUTABLE_FL) {
+        flags &= ~FS_IMMUTABLE_FL;
+        if (ioctl(fd, FS_IOC_SETFLAGS, &flags) != 0) err = RzOSErrFromErrno(errno);
+    }
+    close(fd);
+    return err;
+}
+
+// "user.DOSATTRIB" as Samba reads it: at most kRzDosAttribMaxSize bytes (a
+// longer one Samba cannot read either).
+bool ReadDosAttrib(const char* path, std::string& record) {
+    unsigned char buffer[kRzDosAttribMaxSize];
+    size_t got = 0;
+    int err = 0;
+    if (ReadAttr(path, kDosAttribName, buffer, sizeof buffer, &got, &err) != kAttrFound)
+        return false;
+    record.assign(reinterpret_cast<const char*>(buffer), got);
+    return true;
+}
+
+// The servers' record, when there is a valid one, and its AFP attributes.
+bool ReadAfpAttributes(const char* path, unsigned char* record, uint16_t& attributes) {
+    size_t got = 0;
+    int err = 0;
+    return ReadAttr(path, kMetadataName, record, kRzMetadataSize, &got, &err) == kAttrFound &&
+           RzMetadataGetAfpAttributes(record, got, &attributes);
+}
+
 // --- Home and XDG folders ---------------------------------------------------
 
 std::string Home() {
@@ -514,6 +604,23 @@ int32_t RzOSPlatform() {
     return kRzPlatformLinux;
 }
 
+uint32_t RzOSTickCount() {
+    return static_cast<uint32_t>(MonotonicTicks());
+}
+
+uint32_t RzOSDelayTicks(uint32_t count) {
+    // Sleeping to the first instant of the target tick, rather than for a
+    // span, keeps a row of short delays on the tick grid. The nanoseconds are
+    // rounded up, so that the clock reads the target tick on waking.
+    const uint64_t target = MonotonicTicks() + count;
+    struct timespec deadline;
+    deadline.tv_sec = static_cast<time_t>(target / 60);
+    deadline.tv_nsec = static_cast<long>(((target % 60) * 1000000000 + 59) / 60);
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &deadline, nullptr) == EINTR) {
+    }
+    return RzOSTickCount();
+}
+
 // --- The process ---------------------------------------------------------------
 
 RzString RzOSExecutablePath() {
@@ -524,6 +631,50 @@ RzString RzOSExecutablePath() {
 
 int RzOSChangeWorkingDir(const char* folder) {
     return chdir(folder);
+}
+
+OSErr RzOSOpenURL(const char* url) {
+    if (!url) return paramErr;
+    // Everything the children use is prepared here: between fork and exec
+    // only async-signal-safe calls are allowed.
+    char opener[] = "xdg-open";
+    char* const argv[] = {opener, const_cast<char*>(url), nullptr};
+    struct rlimit files;
+    const int lastFd = getrlimit(RLIMIT_NOFILE, &files) == 0 && files.rlim_cur < 65536
+                           ? static_cast<int>(files.rlim_cur) - 1
+                           : 65535;
+    sigset_t none;
+    sigemptyset(&none);
+
+    // An intermediate child starts the opener and leaves at once, so the
+    // opener is adopted by init (or the nearest subreaper) and this process
+    // only has to reap the intermediate, which takes no time.
+    const pid_t child = fork();
+    if (child < 0) return RzOSErrFromErrno(errno);
+    if (child == 0) {
+        setsid();  // a session of its own: closing the application's terminal leaves it alone
+        const pid_t grandchild = fork();
+        if (grandchild == 0) {
+            sigprocmask(SIG_SETMASK, &none, nullptr);
+            const int devNull = open("/dev/null", O_RDONLY);
+            if (devNull > 0) dup2(devNull, 0);
+            // The opener, and the application it starts, must not hold the
+            // application's files, sockets and pipes open.
+            if (close_range(3, ~0U, 0) != 0)
+                for (int fd = 3; fd <= lastFd; ++fd) close(fd);
+            execvp(opener, argv);
+            _exit(127);
+        }
+        _exit(grandchild < 0 ? 1 : 0);
+    }
+    int status = 0;
+    pid_t waited;
+    while ((waited = waitpid(child, &status, 0)) < 0 && errno == EINTR) {
+    }
+    // ECHILD: the application reaps children itself (SIGCHLD ignored or
+    // handled); the intermediate is gone either way.
+    if (waited == child && !(WIFEXITED(status) && WEXITSTATUS(status) == 0)) return ioErr;
+    return noErr;
 }
 
 // --- Streams -------------------------------------------------------------------
@@ -661,6 +812,11 @@ OSErr RzOSResolveAliasSpec(FSSpec& spec) {
     return err;
 }
 
+bool RzOSItemExists(const char* path) {
+    struct stat st;
+    return path && lstat(path, &st) == 0;
+}
+
 // --- Attributes of items -------------------------------------------------------
 
 OSErr RzOSReadFinderInfo(const char* path, uint32_t& type, uint32_t& creator, uint16_t& flags,
@@ -691,6 +847,55 @@ OSErr RzOSChangeFinderFlags(const char* path, bool set, uint16_t flagBits) {
                     : static_cast<uint16_t>(flags & ~flagBits);
         RzPutBE16(fi + 8, flags);
     });
+}
+
+OSErr RzOSGetNodeLocked(const char* path, bool& locked) {
+    locked = false;
+    if (!path) return paramErr;
+    bool immutable = false;
+    mode_t mode = 0;
+    const OSErr err = ImmutableFlag(path, immutable, mode);
+    if (err != noErr) return err;
+    std::string dos;
+    uint32_t dosAttributes = 0;
+    unsigned char record[kRzMetadataSize];
+    uint16_t afpAttributes = 0;
+    locked = immutable ||
+             (ReadDosAttrib(path, dos) &&
+              RzDosAttribGet(reinterpret_cast<const unsigned char*>(dos.data()), dos.size(),
+                             &dosAttributes) &&
+              (dosAttributes & kRzDosReadOnly)) ||
+             (ReadAfpAttributes(path, record, afpAttributes) &&
+              (afpAttributes & kRzAfpAttributeWriteInhibit));
+    return noErr;
+}
+
+OSErr RzOSClearNodeLocked(const char* path) {
+    if (!path) return paramErr;
+    bool immutable = false;
+    mode_t mode = 0;
+    OSErr result = ImmutableFlag(path, immutable, mode);
+    if (result != noErr) return result;
+    auto note = [&result](OSErr err) {
+        if (result == noErr) result = err;
+    };
+    if (immutable) note(ClearImmutable(path, mode));
+
+    // Each store is rewritten only where it exists and only when a bit
+    // changes; XATTR_REPLACE never creates one that vanished meanwhile.
+    std::string dos;
+    if (ReadDosAttrib(path, dos) && RzDosAttribClear(dos, kRzDosReadOnly) &&
+        setxattr(path, kDosAttribName, dos.data(), dos.size(), XATTR_REPLACE) != 0)
+        note(RzOSErrFromErrno(errno));
+    unsigned char record[kRzMetadataSize];
+    uint16_t afp = 0;
+    if (ReadAfpAttributes(path, record, afp) && (afp & kRzAfpAttributeWriteInhibit)) {
+        RzMetadataSetAfpAttributes(record, kRzMetadataSize,
+                                   static_cast<uint16_t>(afp & ~kAfpInhibitBits));
+        if (setxattr(path, kMetadataName, record, kRzMetadataSize, XATTR_REPLACE) != 0)
+            note(RzOSErrFromErrno(errno));
+    }
+    return result;
 }
 
 // --- Folders -------------------------------------------------------------------

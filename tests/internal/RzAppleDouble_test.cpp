@@ -81,3 +81,26 @@ TEST(RzAppleDouble, ValidationRejectsWhatServersDelete) {
     }
     EXPECT_FALSE(RzMetadataIsValid(nullptr, 402));
 }
+
+TEST(RzAppleDouble, AfpAttributesAreTheWordTheDescriptorPointsAt) {
+    // The AFP entry moved to offset 380 by its descriptor: the word is read
+    // and written there, two bytes in.
+    std::vector<unsigned char> blob = ServerRecord();
+    blob[0x45] = 0x7C;
+    blob[380 + 2] = 0x01;
+    blob[380 + 3] = 0xA1;
+    uint16_t attributes = 0;
+    ASSERT_TRUE(RzMetadataGetAfpAttributes(blob.data(), blob.size(), &attributes));
+    EXPECT_EQ(attributes, 0x01A1);
+    std::vector<unsigned char> expected = blob;
+    expected[380 + 2] = 0x00;
+    expected[380 + 3] = 0x01;
+    ASSERT_TRUE(RzMetadataSetAfpAttributes(blob.data(), blob.size(), 0x0001));
+    EXPECT_EQ(blob, expected);
+
+    blob.resize(401);
+    attributes = 7;
+    EXPECT_FALSE(RzMetadataGetAfpAttributes(blob.data(), blob.size(), &attributes));
+    EXPECT_FALSE(RzMetadataSetAfpAttributes(blob.data(), blob.size(), 0));
+    EXPECT_EQ(attributes, 7);
+}

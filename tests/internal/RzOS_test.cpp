@@ -4,9 +4,14 @@
 
 #include <fcntl.h>
 #include <limits.h>
+#include <linux/fs.h>
 #include <stdio.h>
+#include <sys/ioctl.h>
 #include <sys/xattr.h>
+#include <time.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -299,4 +304,150 @@ TEST(RzOS, WellKnownFolders) {
     EXPECT_EQ(v | id, 0);
     EXPECT_EQ(RzOSFindFolder(kRzOnSystemDisk, 0x78787878, true, v, id), fnfErr);
     EXPECT_EQ(RzOSColorSyncFolder(kRzNetworkDomain, true, v, id), fnfErr);
+}
+
+namespace {
+
+// The monotonic clock in 60ths of a second, as the tick clock counts it.
+uint64_t MonotonicTicks() {
+    struct timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return uint64_t(now.tv_sec) * 60 + uint64_t(now.tv_nsec) * 60 / 1000000000;
+}
+
+double MonotonicMs() {
+    struct timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * 1e3 + now.tv_nsec / 1e6;
+}
+
+}  // namespace
+
+TEST(RzOS, DelayEndsOnTheTickGridAndNeverEarly) {
+    const uint64_t now = MonotonicTicks();
+    EXPECT_LE(RzOSDelayTicks(0) - static_cast<uint32_t>(now), 1u) << "0 returns at once";
+    for (uint32_t count : {1u, 2u, 6u}) {
+        const uint64_t start = MonotonicTicks();
+        const uint32_t end = RzOSDelayTicks(count);
+        const uint64_t after = MonotonicTicks();
+        EXPECT_GE(end - static_cast<uint32_t>(start), count);
+        EXPECT_GE(after, start + count) << count;
+    }
+    // Started 8 ms into a tick, a one-tick delay ends at the next boundary,
+    // about 8.7 ms later; a delay measured as a span would take 16.7 ms. The
+    // best of a few tries keeps a busy machine from failing the test.
+    double best = 1e9;
+    for (int i = 0; i < 5; ++i) {
+        RzOSDelayTicks(1);
+        usleep(8000);
+        const double start = MonotonicMs();
+        RzOSDelayTicks(1);
+        best = std::min(best, MonotonicMs() - start);
+    }
+    EXPECT_LT(best, 14.0);
+}
+
+namespace {
+
+const char kDosAttrib[] = "user.DOSATTRIB";
+
+// Samba's record of version 5: the attribute word, creation time 1..8.
+Blob DosAttrib(uint32_t attributes) {
+    Blob r = {0, 0, 5, 0, 5, 0, 0, 0, 0x11, 0, 0, 0};
+    for (int i = 0; i < 4; ++i) r.push_back(static_cast<unsigned char>(attributes >> (8 * i)));
+    for (unsigned char b = 1; b <= 8; ++b) r.push_back(b);
+    return r;
+}
+
+Blob WithAfpAttributes(Blob record, uint16_t attributes) {
+    RzMetadataSetAfpAttributes(record.data(), record.size(), attributes);
+    return record;
+}
+
+// Sets or clears the kernel's immutable flag; false when not permitted.
+bool SetImmutable(const std::string& path, bool on) {
+    const int fd = open(path.c_str(), O_RDONLY);
+    int flags = 0;
+    bool done = fd >= 0 && ioctl(fd, FS_IOC_GETFLAGS, &flags) == 0;
+    flags = on ? flags | FS_IMMUTABLE_FL : flags & ~FS_IMMUTABLE_FL;
+    done = done && ioctl(fd, FS_IOC_SETFLAGS, &flags) == 0;
+    if (fd >= 0) close(fd);
+    return done;
+}
+
+}  // namespace
+
+TEST(RzOS, LockedIsAnyOfThreeStores) {
+    RzTempDir t;
+    const Blob record = Record(kTEXT, kttxt, kIsInvisible);  // AFP attributes 0x0001
+    Blob rejected = WithAfpAttributes(record, 0x0021);
+    rejected[7] = 2;  // version 0x00020002
+    const struct {
+        const char* what;
+        Blob dos, meta;
+        bool locked;
+        Blob dosAfter, metaAfter;  // what clearing leaves
+    } cases[] = {
+        {"nothing", {}, {}, false, {}, {}},
+        {"DOS read-only", DosAttrib(0x21), {}, true, DosAttrib(0x20), {}},
+        {"DOS archive only", DosAttrib(0x20), {}, false, DosAttrib(0x20), {}},
+        {"DOS text only", {'0', 'x', '1', 0}, {}, true, {'0', 'x', '0', 0}, {}},
+        {"DOS record Samba rejects", {'z', 0}, {}, false, {'z', 0}, {}},
+        {"AFP WriteInhibit with the others",
+         {},
+         WithAfpAttributes(record, 0x01A1),
+         true,
+         {},
+         record},
+        {"AFP RenameInhibit alone is no lock",
+         {},
+         WithAfpAttributes(record, 0x0081),
+         false,
+         {},
+         WithAfpAttributes(record, 0x0081)},
+        {"AFP record the servers reject", {}, rejected, false, {}, rejected},
+        {"both", DosAttrib(0x01), WithAfpAttributes(record, 0x0021), true, DosAttrib(0x00), record},
+    };
+    int n = 0;
+    for (const auto& c : cases) {
+        const std::string f = t / ("f" + std::to_string(n++));
+        RzPutFile(f);
+        SetAttr(f, kDosAttrib, c.dos);
+        SetAttr(f, kMetadata, c.meta);
+        bool locked = !c.locked;
+        EXPECT_EQ(RzOSGetNodeLocked(f.c_str(), locked), noErr) << c.what;
+        EXPECT_EQ(locked, c.locked) << c.what;
+        EXPECT_EQ(RzOSClearNodeLocked(f.c_str()), noErr) << c.what;
+        EXPECT_EQ(RzOSGetNodeLocked(f.c_str(), locked), noErr) << c.what;
+        EXPECT_FALSE(locked) << c.what;
+        EXPECT_EQ(Attr(f, kDosAttrib), c.dosAfter) << c.what;
+        EXPECT_EQ(Attr(f, kMetadata), c.metaAfter) << c.what;
+    }
+
+    bool locked = true;
+    EXPECT_EQ(RzOSGetNodeLocked((t / "missing").c_str(), locked), fnfErr);
+    EXPECT_FALSE(locked);
+    EXPECT_EQ(RzOSClearNodeLocked((t / "missing").c_str()), fnfErr);
+}
+
+TEST(RzOS, ImmutableFlagIsALockClearedFirst) {
+    RzTempDir t;
+    const std::string f = t / "f";
+    RzPutFile(f);
+    SetAttr(f, kDosAttrib, DosAttrib(0x21));
+    if (!SetImmutable(f, true))
+        GTEST_SKIP() << "setting the immutable flag needs CAP_LINUX_IMMUTABLE";
+    struct Unset {
+        std::string path;
+        ~Unset() { SetImmutable(path, false); }
+    } unset{f};
+    bool locked = false;
+    EXPECT_EQ(RzOSGetNodeLocked(f.c_str(), locked), noErr);
+    EXPECT_TRUE(locked);
+    // The DOS record can only be changed once the flag is gone.
+    EXPECT_EQ(RzOSClearNodeLocked(f.c_str()), noErr);
+    EXPECT_EQ(RzOSGetNodeLocked(f.c_str(), locked), noErr);
+    EXPECT_FALSE(locked);
+    EXPECT_EQ(Attr(f, kDosAttrib), DosAttrib(0x20));
+    EXPECT_TRUE(RzPutFile(f, "writable again"));
 }

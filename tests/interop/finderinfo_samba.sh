@@ -10,7 +10,11 @@
 #   3. the framework's read-modify-write of a record the server made keeps it
 #      valid for the server;
 #   4. with fruit:metadata = stream, the framework reads the client's stream
-#      and its writes reach the client.
+#      and its writes reach the client;
+#   5. a file a client made read-only (setmode +r, what a Mac client does for
+#      the Finder's Locked box) reads as locked (RzSystem::IsFileLocked), and
+#      once unlocked here (RzSystem::UnLockFile) the client sees it writable
+#      again and may write it.
 #
 # Usage: finderinfo_samba.sh PATH-TO-rz_finderinfo_tool
 # Runs a private smbd on 127.0.0.1 and a free high port, in its own PID
@@ -160,9 +164,12 @@ if ! listening "$PORT"; then
 fi
 say "smbd listens on 127.0.0.1:$PORT"
 
-smb() {  # share command
+smb() {  # share command: output to the log, status of smbclient
+    smb_out "$@" >>"$WORK/log/smbclient" 2>&1
+}
+smb_out() {  # share command: output to standard output
     timeout 60 smbclient "//127.0.0.1/$1" -p "$PORT" -U "root%$PASSWORD" \
-        --configfile="$CONF" -m SMB3 -c "$2" >>"$WORK/log/smbclient" 2>&1
+        --configfile="$CONF" -m SMB3 -c "$2"
 }
 
 # The 60-byte AFP_AfpInfo stream a client sends: "AFP\0", version 0x100,
@@ -241,3 +248,43 @@ check_read stream s "type=prof creator=sync flags=0x4000" \
 in_share stream update s ttxt && in_share stream show s || fail "stamping s"
 smb stream 'get s:AFP_AfpInfo s.afpinfo'
 check_afpinfo s.afpinfo prof ttxt 0000 "with fruit:metadata = stream a client reads what is stamped here"
+
+# 5. Locked. The client's read-only attribute is the Finder's Locked box.
+check_locked() {  # share name expected what
+    local got
+    got=$(in_share "$1" locked "$2" 2>&1)
+    if [ "$got" = "$3" ]; then pass "$4"; else fail "$4 (got '$got', want '$3')"; fi
+}
+attributes() {  # share name: the DOS attributes a client reads, as "allinfo|ls"
+    local info list
+    info=$(smb_out "$1" "allinfo $2" 2>/dev/null | sed -n 's/^attributes: *//p')
+    list=$(smb_out "$1" "ls $2" 2>/dev/null | awk -v n="$2" '$1 == n { print $2 }')
+    printf '%s|%s' "$info" "$list"
+}
+smb meta 'put local.txt locked.txt; setmode locked.txt +r'
+got=$(attributes meta locked.txt)
+if [ "$got" = "RA (21)|AR" ]; then
+    pass "setmode +r makes the file read-only for the client"
+else
+    fail "setmode +r (client reads '$got')"
+fi
+check_locked meta locked.txt locked "a file a client made read-only reads as locked here"
+if smb meta 'put local.txt locked.txt'; then
+    fail "the client could write a read-only file"
+else
+    pass "the client may not write it"
+fi
+in_share meta unlock locked.txt || fail "unlocking locked.txt"
+check_locked meta locked.txt "not locked" "unlocked here, it reads as not locked"
+got=$(attributes meta locked.txt)
+if [ "$got" = "A (20)|A" ]; then
+    pass "unlocked here, the client sees the file writable again (its record kept valid)"
+else
+    fail "after unlocking, the client reads attributes '$got', want 'A (20)|A'"
+fi
+printf 'rewritten\n' >rewritten.txt
+if smb meta 'put rewritten.txt locked.txt' && cmp -s "$WORK/meta/locked.txt" rewritten.txt; then
+    pass "the client writes the unlocked file"
+else
+    fail "the client could not write the unlocked file"
+fi

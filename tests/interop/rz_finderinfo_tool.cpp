@@ -4,14 +4,17 @@
 // writing (stamping the extension's type and CREATOR or the type's own
 // creator), "hide"/"show" call RzMacSetVisible, and "read" prints
 // "type=TEXT creator=ttxt flags=0x4000" (type and creator as
-// RzMacReadCreatorType gives them, the flags from the operating-system seam). Exits 0 on
-// success, 1 on a failure, 2 on a usage error.
+// RzMacReadCreatorType gives them, the flags from the operating-system seam);
+// "locked" prints "locked" or "not locked" (RzSystem::IsFileLocked) and
+// "unlock" calls RzSystem::UnLockFile. Exits 0 on success, 1 on a failure, 2
+// on a usage error.
 #include <stdio.h>
 #include <string.h>
 
 #include <Rz/FileSpec/RzFileSpec.h>
 #include <Rz/Mac/RzMacToolsOSX.h>
 #include <Rz/RzCore/RzError.h>
+#include <Rz/RzSystem/RzSystem.h>
 #include <Rz/internal/RzOS.h>
 
 namespace {
@@ -59,8 +62,16 @@ int main(int argc, char** argv) {
         }
         return Report("read", err);
     }
+    if (argc == 3 && strcmp(command, "locked") == 0) {
+        puts(RzSystem::IsFileLocked(spec) ? "locked" : "not locked");
+        return 0;
+    }
+    if (argc == 3 && strcmp(command, "unlock") == 0) {
+        RzSystem::UnLockFile(spec);
+        return 0;
+    }
     fprintf(stderr,
             "usage: rz_finderinfo_tool write PATH [CREATOR] | update PATH [CREATOR] | hide PATH "
-            "| show PATH | read PATH\n");
+            "| show PATH | read PATH | locked PATH | unlock PATH\n");
     return 2;
 }
