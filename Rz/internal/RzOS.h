@@ -18,8 +18,8 @@
 //   - attributes of items: Finder information and other flags kept beside
 //     an item's contents;
 //   - folders: well-known folders and creating folders.
-// Calls of the desktop (clipboard, keyboard, bell, screen saver, menu bar)
-// get a section of their own at the end.
+// Calls of the desktop (clipboard, keyboard, bell, screen saver, contrast)
+// have a section of their own at the end.
 //
 // The file calls stand in for the File Manager calls the Mac OS file layer is
 // written against and keep their contracts: they return File Manager result
@@ -258,7 +258,57 @@ OSErr RzOSCreateDirectory(const FSRef& parent, const char* name);
 
 // --- The desktop ---------------------------------------------------------------
 //
-// The clipboard, the keyboard state, the bell, keeping the machine awake and
-// the menu bar are still to come here.
+// What a program without a window of its own gets from the user's desktop,
+// called from the application's main thread. None of these raises or blocks
+// for long, and each works, or does nothing, without a desktop. Programs the
+// desktop calls need (clipboard programs, the session bus client) are
+// started with argument vectors, never through a shell, in a session of
+// their own, with none of this process's descriptors beyond the three
+// standard ones; every one is reaped or handed to init.
+
+// How long a clipboard program may stay silent before it counts as failed
+// and is killed: no byte moved and no exit within this many milliseconds.
+enum { kRzOSToolSilenceLimit = 2000 };
+
+// The desktop's clipboard, plain text as bytes, zero bytes included. Each
+// returns false when this process cannot reach a clipboard of the desktop
+// (no display, or no program that reaches it), so that the caller keeps one
+// of its own; otherwise true, whatever came of it.
+//
+// ClearCurrentScrap + PutScrapFlavor('TEXT'): a program of the desktop takes
+// the text and keeps serving it after this process has ended. Failures are
+// not reported.
+bool RzOSClipboardPut(const char* bytes, size_t n);
+// GetScrapFlavorData('TEXT'): the text on the clipboard; empty when there is
+// none or it cannot be had in time.
+bool RzOSClipboardGet(RzString& text);
+// GetScrapFlavorFlags('TEXT'): whether the clipboard offers text (an empty
+// text counts where the desktop can tell).
+bool RzOSClipboardHasText(bool& hasText);
+
+// GetKeys: the keys held down now, as the Mac's key map (bit k % 8 of byte
+// k / 8 for virtual key code k, Rz/internal/RzKeyCodes.h). All zero where the
+// system gives no process the state of the whole keyboard.
+void RzOSGetKeys(uint8_t keys[16]);
+
+// SysBeep: rings the desktop's bell once (the terminal's without a desktop;
+// nothing without either).
+void RzOSBeep();
+
+// UpdateSystemActivity: tells the desktop that the user is active, so that
+// the screen saver and the screen's power saving count their idle time from
+// now. Returns without waiting for any answer.
+void RzOSReportUserActivity();
+
+// Whether the desktop's accessibility settings ask for high contrast; false
+// when it has none or cannot be asked in time.
+bool RzOSDesktopHighContrast();
+
+// Replaces the file at `path` with `n` bytes so that a crash at any moment
+// leaves either the old or the new contents: they go to a new file in the same
+// folder, which is flushed to disk and renamed over `path`; then the folder
+// is flushed. The new file has mode 0666 less the umask. noErr, or the mapped
+// errno of the step that failed (nothing is left behind then).
+OSErr RzOSReplaceFile(const char* path, const void* bytes, size_t n);
 
 #endif

@@ -1,10 +1,13 @@
 // Linux implementation of the operating-system seam.
 #include <Rz/internal/RzOS.h>
 
+#include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
 #include <linux/fs.h>
+#include <poll.h>
+#include <pthread.h>
 #include <pwd.h>
 #include <signal.h>
 #include <stdio.h>
@@ -14,6 +17,7 @@
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/types.h>
 #include <sys/utsname.h>
 #include <sys/wait.h>
@@ -21,6 +25,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <map>
 #include <mutex>
 #include <string>
@@ -31,6 +36,7 @@
 #include <Rz/internal/RzAppleDouble.h>
 #include <Rz/internal/RzBCDVersion.h>
 #include <Rz/internal/RzDosAttrib.h>
+#include <Rz/internal/RzKeyCodes.h>
 #include <Rz/internal/RzPaths.h>
 #include <Rz/internal/RzUserDirs.h>
 
@@ -52,6 +58,38 @@ std::mutex gFolderLock;
 std::vector<Folder> gFolders;  // ID kFirstFolderID + i
 std::map<std::pair<dev_t, ino_t>, int32_t> gFolderIDs;
 const int32_t kFirstFolderID = 16;  // below: reserved, as on the Mac
+
+// --- The X display -----------------------------------------------------------
+//
+// Process-wide: libX11, loaded on first use, and the one connection to the
+// display that the keyboard, the bell and the screen saver share. Changed
+// only by LoadX and XConnection, and marked broken by the I/O error handlers
+// (all on the application's main thread, where the desktop calls are made).
+struct XDisplay;  // Xlib's Display, opaque here
+typedef int (*XIOHandler)(XDisplay*);
+typedef void (*XIOExitHandler)(XDisplay*, void*);
+struct XFunctions {
+    XDisplay* (*openDisplay)(const char*);
+    int (*closeDisplay)(XDisplay*);
+    int (*queryKeymap)(XDisplay*, char*);
+    int (*bell)(XDisplay*, int);
+    int (*resetScreenSaver)(XDisplay*);
+    int (*flush)(XDisplay*);
+    XIOHandler (*setIOErrorHandler)(XIOHandler);
+    void (*setIOErrorExitHandler)(XDisplay*, XIOExitHandler, void*);
+};
+struct XState {
+    bool loadTried = false;
+    void* handle = nullptr;  // libX11, never unloaded
+    XFunctions call = {};
+    XDisplay* display = nullptr;
+    std::string displayName;  // the $DISPLAY it was opened for
+    std::string failedName;   // a $DISPLAY that could not be opened
+    bool broken = false;      // the server went away; closed on the next call
+    bool handlerInstalled = false;
+    XIOHandler previousIOHandler = nullptr;
+};
+XState gX;
 
 std::string ToStd(const RzString& s) {
     return std::string(s.c_str(), static_cast<size_t>(s.length()));
@@ -542,6 +580,497 @@ OSErr FolderResult(const std::string& path, bool create, mode_t mode, bool mustB
     return noErr;
 }
 
+// --- Programs this process starts -------------------------------------------
+//
+// Every program the seam starts goes through StartProgram: between fork and
+// exec the child makes only async-signal-safe calls on data prepared before
+// the fork.
+
+// What a child needs before it becomes the program. A descriptor of -1 keeps
+// the process's own; the others are at 3 or above (MoveAboveStandard), so
+// that putting one in place never overwrites another.
+struct ChildPlan {
+    const char* program;  // a path, or a name execvp looks up on PATH
+    char* const* argv;
+    int input, output, error;
+    int lastFd;  // the highest descriptor to close where close_range is missing
+    sigset_t noSignals;
+};
+
+ChildPlan PlanChild(const char* program, char* const* argv, int input, int output, int error) {
+    ChildPlan plan;
+    plan.program = program;
+    plan.argv = argv;
+    plan.input = input;
+    plan.output = output;
+    plan.error = error;
+    struct rlimit files;
+    plan.lastFd = getrlimit(RLIMIT_NOFILE, &files) == 0 && files.rlim_cur < 65536
+                      ? static_cast<int>(files.rlim_cur) - 1
+                      : 65535;
+    sigemptyset(&plan.noSignals);
+    return plan;
+}
+
+// In the child: a session of its own (closing the application's terminal,
+// or a Ctrl-C there, leaves it alone), default signal handling with nothing
+// blocked (ignored signals would stay ignored across exec), the planned
+// standard descriptors and none of the application's others (the program,
+// and whatever it starts, must not hold the application's files, sockets and
+// pipes open); then the program.
+[[noreturn]] void BecomeProgram(const ChildPlan& plan) {
+    setsid();
+    struct sigaction byDefault;
+    memset(&byDefault, 0, sizeof byDefault);
+    byDefault.sa_handler = SIG_DFL;
+    for (int s = 1; s < NSIG; ++s)
+        if (s != SIGKILL && s != SIGSTOP) sigaction(s, &byDefault, nullptr);
+    sigprocmask(SIG_SETMASK, &plan.noSignals, nullptr);
+    if (plan.input >= 0) dup2(plan.input, 0);
+    if (plan.output >= 0) dup2(plan.output, 1);
+    if (plan.error >= 0) dup2(plan.error, 2);
+    if (close_range(3, ~0U, 0) != 0)
+        for (int fd = 3; fd <= plan.lastFd; ++fd) close(fd);
+    if (strchr(plan.program, '/'))
+        execv(plan.program, plan.argv);
+    else
+        execvp(plan.program, plan.argv);
+    _exit(127);
+}
+
+// Starts the program as a child of this process, which must reap it; -1
+// (errno set) when no process could be made.
+pid_t StartProgram(const ChildPlan& plan) {
+    const pid_t child = fork();
+    if (child == 0) BecomeProgram(plan);
+    return child;
+}
+
+// Starts the program so that this process never waits for it and it never
+// becomes this process's zombie: an intermediate child starts it and leaves
+// at once, so that init (or the nearest subreaper) adopts it, and the
+// intermediate is reaped here straight away. noErr once the program is on its
+// way; a mapped errno when no process could be made.
+OSErr StartDetached(const ChildPlan& plan) {
+    const pid_t child = fork();
+    if (child < 0) return RzOSErrFromErrno(errno);
+    if (child == 0) {
+        const pid_t grandchild = fork();
+        if (grandchild == 0) BecomeProgram(plan);
+        _exit(grandchild < 0 ? 1 : 0);
+    }
+    int status = 0;
+    pid_t waited;
+    while ((waited = waitpid(child, &status, 0)) < 0 && errno == EINTR) {
+    }
+    // ECHILD: the application reaps children itself (SIGCHLD ignored or
+    // handled); the intermediate is gone either way.
+    if (waited == child && !(WIFEXITED(status) && WEXITSTATUS(status) == 0)) return ioErr;
+    return noErr;
+}
+
+// A descriptor moved to 3 or above (close-on-exec), so that it can be put in
+// place of a standard one in the child; the old one is closed. -1 stays -1.
+int MoveAboveStandard(int fd) {
+    if (fd < 0 || fd > 2) return fd;
+    const int moved = fcntl(fd, F_DUPFD_CLOEXEC, 3);
+    close(fd);
+    return moved;
+}
+
+// The program `name` as execvp would find it on PATH ("" when it is not
+// there), so that a missing one can be told apart before anything starts.
+// Empty entries (the working directory) are not searched.
+std::string FindProgram(const char* name) {
+    const char* path = getenv("PATH");
+    std::string folders = path ? path : "/bin:/usr/bin";
+    size_t start = 0;
+    while (start <= folders.size()) {
+        size_t end = folders.find(':', start);
+        if (end == std::string::npos) end = folders.size();
+        if (end > start) {
+            const std::string candidate = folders.substr(start, end - start) + "/" + name;
+            struct stat st;
+            if (stat(candidate.c_str(), &st) == 0 && S_ISREG(st.st_mode) &&
+                access(candidate.c_str(), X_OK) == 0)
+                return candidate;
+        }
+        start = end + 1;
+    }
+    return "";
+}
+
+int64_t MonotonicMilliseconds() {
+    struct timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
+}
+
+// The longest a bounded program may run at all, however steadily it
+// delivers; it ends one that dribbles.
+const int64_t kToolRunLimit = 30000;
+// The most a program may deliver; the largest string.
+const size_t kToolOutputLimit = 0x7FFFFFFF;
+
+// A child started by RunBounded, ended and reaped whatever happens.
+class BoundedChild {
+public:
+    explicit BoundedChild(pid_t pid) : pid(pid), handle(-1), reaped(false), status(0) {
+#ifdef SYS_pidfd_open
+        handle = static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
+#endif
+    }
+    ~BoundedChild() {
+        if (!reaped) {
+            Kill();
+            Reap(true);
+        }
+        if (handle >= 0) close(handle);
+    }
+    BoundedChild(const BoundedChild&) = delete;
+    BoundedChild& operator=(const BoundedChild&) = delete;
+
+    // A descriptor that polls readable once the child has exited; -1 where
+    // the kernel has none (then Exited is asked).
+    int ExitHandle() const {
+        return handle;
+    }
+    // Whether the child has exited (or was reaped by someone else).
+    bool Exited() {
+        if (reaped) return true;
+        siginfo_t info;
+        info.si_pid = 0;
+        if (waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0)
+            return errno == ECHILD;
+        return info.si_pid == pid;
+    }
+    // Reaps the child; `block` waits for it. Status 0 when someone else
+    // reaped it (SIGCHLD ignored): its outcome is unknown then.
+    void Reap(bool block) {
+        if (reaped) return;
+        int st = 0;
+        pid_t waited;
+        while ((waited = waitpid(pid, &st, block ? 0 : WNOHANG)) < 0 && errno == EINTR) {
+        }
+        if (waited == pid) {
+            status = st;
+            reaped = true;
+        } else if (waited < 0) {
+            reaped = true;
+        }
+    }
+    // Kills the child and whatever it started in its session's process
+    // group. Only while it is unreaped: until then its process group ID
+    // cannot name anybody else's processes.
+    void Kill() {
+        if (reaped) return;
+        siginfo_t info;
+        info.si_pid = 0;
+        if (waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0) return;
+        kill(-pid, SIGKILL);
+        kill(pid, SIGKILL);
+    }
+    bool Succeeded() const {
+        return reaped && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
+
+private:
+    pid_t pid;
+    int handle;
+    bool reaped;
+    int status;
+};
+
+// Runs `program` (a path) with `args` (args[0] included), feeding it `input`
+// (standard input from /dev/null without it) and collecting its standard
+// output into `output` (to /dev/null without it); its standard error goes to
+// /dev/null. True when it exited with status 0. A program that moves no byte
+// and does not exit for kRzOSToolSilenceLimit milliseconds, or runs longer
+// than kToolRunLimit, is killed, with whatever it started, and reaped; it
+// counts as failed. Once the program has exited, what it has written is read
+// and nothing more is waited for, even if a helper it started still holds
+// its output open. SIGPIPE is blocked while the input is written, so that a
+// program that exits without reading all of it cannot end this process.
+bool RunBounded(const std::string& program, const std::vector<std::string>& args,
+                const std::string* input, std::string* output) {
+    std::vector<char*> argv;
+    for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+
+    int devNull = MoveAboveStandard(open("/dev/null", O_RDWR | O_CLOEXEC));
+    int toChild[2] = {-1, -1}, fromChild[2] = {-1, -1};
+    bool ready = devNull >= 0;
+    if (ready && input) {
+        ready = pipe2(toChild, O_CLOEXEC) == 0;
+        toChild[0] = MoveAboveStandard(toChild[0]);
+        toChild[1] = MoveAboveStandard(toChild[1]);
+    }
+    if (ready && output) {
+        ready = pipe2(fromChild, O_CLOEXEC) == 0;
+        fromChild[0] = MoveAboveStandard(fromChild[0]);
+        fromChild[1] = MoveAboveStandard(fromChild[1]);
+    }
+    ready = ready && (!input || (toChild[0] >= 0 && toChild[1] >= 0)) &&
+            (!output || (fromChild[0] >= 0 && fromChild[1] >= 0));
+
+    sigset_t pipeSignal, previousMask, pendingBefore;
+    sigemptyset(&pipeSignal);
+    sigaddset(&pipeSignal, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipeSignal, &previousMask);
+    sigpending(&pendingBefore);
+    bool brokenPipe = false;
+    bool succeeded = false;
+
+    pid_t pid = -1;
+    if (ready) {
+        const ChildPlan plan = PlanChild(program.c_str(), argv.data(), input ? toChild[0] : devNull,
+                                         output ? fromChild[1] : devNull, devNull);
+        pid = StartProgram(plan);
+    }
+    for (int* fd : {&toChild[0], &fromChild[1], &devNull})
+        if (*fd >= 0) close(*fd), *fd = -1;
+
+    if (pid > 0) {
+        BoundedChild child(pid);
+        int writeEnd = toChild[1], readEnd = fromChild[0];
+        toChild[1] = fromChild[0] = -1;
+        if (writeEnd >= 0) fcntl(writeEnd, F_SETFL, O_NONBLOCK);
+        if (readEnd >= 0) fcntl(readEnd, F_SETFL, O_NONBLOCK);
+        size_t written = 0;
+        const int64_t start = MonotonicMilliseconds();
+        int64_t lastProgress = start;
+        bool exited = false, failed = false;
+        if (writeEnd >= 0 && input->empty()) close(writeEnd), writeEnd = -1;
+
+        while (!failed) {
+            if (!exited) exited = child.Exited();
+            if (exited && writeEnd >= 0) close(writeEnd), writeEnd = -1;
+            if (exited && readEnd < 0) break;
+            struct pollfd fds[3];
+            nfds_t count = 0;
+            if (writeEnd >= 0) fds[count++] = {writeEnd, POLLOUT, 0};
+            if (readEnd >= 0) fds[count++] = {readEnd, POLLIN, 0};
+            const bool watchExit = !exited && child.ExitHandle() >= 0;
+            if (watchExit) fds[count++] = {child.ExitHandle(), POLLIN, 0};
+            const int64_t now = MonotonicMilliseconds();
+            int64_t wait =
+                std::min(lastProgress + kRzOSToolSilenceLimit, start + kToolRunLimit) - now;
+            if (wait <= 0 && !exited) {
+                failed = true;
+                break;
+            }
+            // Once the program has exited, only what it already wrote is read.
+            if (exited)
+                wait = 0;
+            else if (!watchExit)
+                wait = std::min<int64_t>(wait, 10);
+            const int events = poll(fds, count, static_cast<int>(wait));
+            if (events < 0 && errno != EINTR) {
+                failed = true;
+                break;
+            }
+            bool progress = false, drained = exited;
+            for (nfds_t i = 0; events > 0 && i < count; ++i) {
+                if (!fds[i].revents) continue;
+                if (fds[i].fd == writeEnd) {
+                    const ssize_t n =
+                        write(writeEnd, input->data() + written, input->size() - written);
+                    if (n > 0) {
+                        written += static_cast<size_t>(n);
+                        progress = true;
+                    } else if (n < 0 && errno != EAGAIN && errno != EINTR) {
+                        brokenPipe = brokenPipe || errno == EPIPE;
+                        written = input->size();  // the program takes no more
+                    }
+                    if (written == input->size()) close(writeEnd), writeEnd = -1;
+                } else if (fds[i].fd == readEnd) {
+                    char buffer[65536];
+                    const ssize_t n = read(readEnd, buffer, sizeof buffer);
+                    if (n > 0) {
+                        if (output->size() + static_cast<size_t>(n) > kToolOutputLimit) {
+                            failed = true;
+                            break;
+                        }
+                        output->append(buffer, static_cast<size_t>(n));
+                        progress = true;
+                        drained = false;
+                    } else if (n == 0 || (errno != EAGAIN && errno != EINTR)) {
+                        close(readEnd), readEnd = -1;
+                    }
+                }
+            }
+            if (progress) lastProgress = MonotonicMilliseconds();
+            if (exited && drained && readEnd >= 0) close(readEnd), readEnd = -1;
+        }
+        if (writeEnd >= 0) close(writeEnd);
+        if (readEnd >= 0) close(readEnd);
+        if (failed) child.Kill();
+        child.Reap(true);
+        succeeded = !failed && child.Succeeded();
+    }
+    for (int fd : {toChild[1], fromChild[0]})
+        if (fd >= 0) close(fd);
+
+    // A SIGPIPE this exchange raised is taken back before the old mask
+    // returns; one that was pending before stays.
+    if (brokenPipe && !sigismember(&pendingBefore, SIGPIPE)) {
+        const struct timespec none = {0, 0};
+        sigtimedwait(&pipeSignal, nullptr, &none);
+    }
+    pthread_sigmask(SIG_SETMASK, &previousMask, nullptr);
+    return succeeded;
+}
+
+// --- The X display -----------------------------------------------------------
+//
+// libX11 is loaded when first needed (no build or run-time dependency on it
+// otherwise), and one connection to the display is opened and kept (gX at
+// the top of this file). Xlib ends the process when a connection breaks
+// unless told otherwise: an I/O error handler that returns for this
+// connection and an exit handler (libX11 1.7 and later) keep the application
+// alive, and the connection is then dropped. Without the exit handler no
+// connection is opened at all.
+
+bool LoadX() {
+    if (gX.loadTried) return gX.handle != nullptr;
+    gX.loadTried = true;
+    void* handle = dlopen("libX11.so.6", RTLD_LAZY | RTLD_LOCAL);
+    if (!handle) return false;
+    XFunctions f;
+    bool complete = true;
+    auto find = [&](const char* name) {
+        void* symbol = dlsym(handle, name);
+        complete = complete && symbol;
+        return symbol;
+    };
+    f.openDisplay = reinterpret_cast<XDisplay* (*)(const char*)>(find("XOpenDisplay"));
+    f.closeDisplay = reinterpret_cast<int (*)(XDisplay*)>(find("XCloseDisplay"));
+    f.queryKeymap = reinterpret_cast<int (*)(XDisplay*, char*)>(find("XQueryKeymap"));
+    f.bell = reinterpret_cast<int (*)(XDisplay*, int)>(find("XBell"));
+    f.resetScreenSaver = reinterpret_cast<int (*)(XDisplay*)>(find("XResetScreenSaver"));
+    f.flush = reinterpret_cast<int (*)(XDisplay*)>(find("XFlush"));
+    f.setIOErrorHandler = reinterpret_cast<XIOHandler (*)(XIOHandler)>(find("XSetIOErrorHandler"));
+    f.setIOErrorExitHandler = reinterpret_cast<void (*)(XDisplay*, XIOExitHandler, void*)>(
+        find("XSetIOErrorExitHandler"));
+    if (!complete) {
+        dlclose(handle);
+        return false;
+    }
+    gX.handle = handle;
+    gX.call = f;
+    return true;
+}
+
+int OnXIOError(XDisplay* display) {
+    if (display == gX.display) {
+        gX.broken = true;
+        return 0;
+    }
+    // The application's own connections are handled as it chose (by default
+    // Xlib's handler, which ends the process).
+    return gX.previousIOHandler ? gX.previousIOHandler(display) : 0;
+}
+
+void OnXIOErrorExit(XDisplay* display, void*) {
+    if (display == gX.display) gX.broken = true;
+}
+
+// The kept connection to the display $DISPLAY names, opened on first use;
+// null without a display or libX11. A connection that broke is closed and
+// opened once more; a display that could not be opened is not tried again
+// until $DISPLAY changes, so that a caller in a loop never waits on it
+// twice.
+XDisplay* XConnection() {
+    const char* name = getenv("DISPLAY");
+    if (!name || !*name) return nullptr;
+    if (gX.display && !gX.broken && gX.displayName == name) return gX.display;
+    if (gX.display) {
+        gX.call.closeDisplay(gX.display);
+        gX.display = nullptr;
+        gX.broken = false;
+    }
+    if (gX.failedName == name || !LoadX()) return nullptr;
+    XDisplay* display = gX.call.openDisplay(name);
+    if (!display) {
+        gX.failedName = name;
+        return nullptr;
+    }
+    if (!gX.handlerInstalled) {
+        gX.previousIOHandler = gX.call.setIOErrorHandler(OnXIOError);
+        gX.handlerInstalled = true;
+    }
+    gX.call.setIOErrorExitHandler(display, OnXIOErrorExit, nullptr);
+    gX.display = display;
+    gX.displayName = name;
+    gX.failedName.clear();
+    return display;
+}
+
+bool UnderWayland() {
+    const char* wayland = getenv("WAYLAND_DISPLAY");
+    return wayland && *wayland;
+}
+
+// --- The clipboard -------------------------------------------------------------
+//
+// A Mac program's clipboard outlives it; so does a selection held by a
+// clipboard program of the desktop, which forks a helper that serves the
+// text until another program takes the clipboard. Under Wayland that is
+// wl-copy and wl-paste; under X11 xclip, else xsel (which ends a text at its
+// first zero byte).
+
+struct ClipboardPrograms {
+    std::vector<std::string> put, get, list;  // argument vectors; list may be empty
+    bool listsTypes;                          // `list` prints the offered types
+};
+
+bool FindClipboardPrograms(ClipboardPrograms& p) {
+    if (UnderWayland()) {
+        const std::string copy = FindProgram("wl-copy"), paste = FindProgram("wl-paste");
+        if (!copy.empty() && !paste.empty()) {
+            p.put = {copy, "--type", "text/plain"};
+            p.get = {paste, "--no-newline", "--type", "text"};
+            p.list = {paste, "--list-types"};
+            p.listsTypes = true;
+            return true;
+        }
+    }
+    const char* display = getenv("DISPLAY");
+    if (!display || !*display) return false;
+    const std::string xclip = FindProgram("xclip");
+    if (!xclip.empty()) {
+        p.put = {xclip, "-selection", "clipboard", "-in"};
+        p.get = {xclip, "-selection", "clipboard", "-out"};
+        p.list = {xclip, "-selection", "clipboard", "-out", "-target", "TARGETS"};
+        p.listsTypes = true;
+        return true;
+    }
+    const std::string xsel = FindProgram("xsel");
+    if (!xsel.empty()) {
+        p.put = {xsel, "--clipboard", "--input"};
+        p.get = {xsel, "--clipboard", "--output"};
+        p.listsTypes = false;
+        return true;
+    }
+    return false;
+}
+
+// Whether one of the types a clipboard offers (one a line) is text: a MIME
+// text type under Wayland, the X selection targets for text under X11.
+bool OffersText(const std::string& types) {
+    size_t start = 0;
+    while (start < types.size()) {
+        size_t end = types.find('\n', start);
+        if (end == std::string::npos) end = types.size();
+        const std::string type = types.substr(start, end - start);
+        if (type.compare(0, 5, "text/") == 0 || type == "UTF8_STRING" || type == "STRING" ||
+            type == "TEXT" || type == "COMPOUND_TEXT")
+            return true;
+        start = end + 1;
+    }
+    return false;
+}
+
 }  // namespace
 
 // --- Result codes ------------------------------------------------------------
@@ -635,46 +1164,12 @@ int RzOSChangeWorkingDir(const char* folder) {
 
 OSErr RzOSOpenURL(const char* url) {
     if (!url) return paramErr;
-    // Everything the children use is prepared here: between fork and exec
-    // only async-signal-safe calls are allowed.
     char opener[] = "xdg-open";
     char* const argv[] = {opener, const_cast<char*>(url), nullptr};
-    struct rlimit files;
-    const int lastFd = getrlimit(RLIMIT_NOFILE, &files) == 0 && files.rlim_cur < 65536
-                           ? static_cast<int>(files.rlim_cur) - 1
-                           : 65535;
-    sigset_t none;
-    sigemptyset(&none);
-
-    // An intermediate child starts the opener and leaves at once, so the
-    // opener is adopted by init (or the nearest subreaper) and this process
-    // only has to reap the intermediate, which takes no time.
-    const pid_t child = fork();
-    if (child < 0) return RzOSErrFromErrno(errno);
-    if (child == 0) {
-        setsid();  // a session of its own: closing the application's terminal leaves it alone
-        const pid_t grandchild = fork();
-        if (grandchild == 0) {
-            sigprocmask(SIG_SETMASK, &none, nullptr);
-            const int devNull = open("/dev/null", O_RDONLY);
-            if (devNull > 0) dup2(devNull, 0);
-            // The opener, and the application it starts, must not hold the
-            // application's files, sockets and pipes open.
-            if (close_range(3, ~0U, 0) != 0)
-                for (int fd = 3; fd <= lastFd; ++fd) close(fd);
-            execvp(opener, argv);
-            _exit(127);
-        }
-        _exit(grandchild < 0 ? 1 : 0);
-    }
-    int status = 0;
-    pid_t waited;
-    while ((waited = waitpid(child, &status, 0)) < 0 && errno == EINTR) {
-    }
-    // ECHILD: the application reaps children itself (SIGCHLD ignored or
-    // handled); the intermediate is gone either way.
-    if (waited == child && !(WIFEXITED(status) && WEXITSTATUS(status) == 0)) return ioErr;
-    return noErr;
+    const int devNull = MoveAboveStandard(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const OSErr err = StartDetached(PlanChild(opener, argv, devNull, -1, -1));
+    if (devNull >= 0) close(devNull);
+    return err;
 }
 
 // --- Streams -------------------------------------------------------------------
@@ -918,5 +1413,156 @@ OSErr RzOSCreateDirectory(const FSRef& parent, const char* name) {
     std::string folder;
     if (!Resolve(ToStd(parent.path), folder)) return RzOSErrFromErrno(errno);
     if (mkdir(RzPathJoin(folder, leaf).c_str(), 0777) != 0) return RzOSErrFromErrno(errno);
+    return noErr;
+}
+
+// --- The desktop ---------------------------------------------------------------
+
+bool RzOSClipboardPut(const char* bytes, size_t n) {
+    ClipboardPrograms programs;
+    if (!FindClipboardPrograms(programs)) return false;
+    const std::string text(bytes ? bytes : "", bytes ? n : 0);
+    RunBounded(programs.put[0], programs.put, &text, nullptr);
+    return true;
+}
+
+bool RzOSClipboardGet(RzString& text) {
+    text = RzString();
+    ClipboardPrograms programs;
+    if (!FindClipboardPrograms(programs)) return false;
+    std::string out;
+    if (RunBounded(programs.get[0], programs.get, nullptr, &out)) text = FromStd(out);
+    return true;
+}
+
+bool RzOSClipboardHasText(bool& hasText) {
+    hasText = false;
+    ClipboardPrograms programs;
+    if (!FindClipboardPrograms(programs)) return false;
+    std::string out;
+    if (programs.listsTypes)
+        hasText = RunBounded(programs.list[0], programs.list, nullptr, &out) && OffersText(out);
+    else
+        hasText = RunBounded(programs.get[0], programs.get, nullptr, &out) && !out.empty();
+    return true;
+}
+
+void RzOSGetKeys(uint8_t keys[16]) {
+    memset(keys, 0, 16);
+    // An X server under Wayland sees only the keys typed into its own
+    // windows, which is no state of the keyboard.
+    if (UnderWayland()) return;
+    XDisplay* display = XConnection();
+    if (!display) return;
+    char xKeys[32] = {0};
+    gX.call.queryKeymap(display, xKeys);
+    if (gX.broken) return;
+    RzMacKeysFromXKeys(reinterpret_cast<const uint8_t*>(xKeys), keys);
+}
+
+void RzOSBeep() {
+    if (XDisplay* display = XConnection()) {
+        gX.call.bell(display, 0);  // the bell's own volume
+        gX.call.flush(display);
+        if (!gX.broken) return;
+    }
+    // The terminal the application runs in, if it has one.
+    const int tty = open("/dev/tty", O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (tty < 0) return;
+    ssize_t written;
+    while ((written = write(tty, "\a", 1)) < 0 && errno == EINTR) {
+    }
+    close(tty);
+}
+
+void RzOSReportUserActivity() {
+    if (XDisplay* display = XConnection()) {
+        gX.call.resetScreenSaver(display);
+        gX.call.flush(display);
+    }
+    // The session's screen saver service, where a session bus is known (a
+    // client would otherwise try to start one). Nobody waits for the answer.
+    const char* bus = getenv("DBUS_SESSION_BUS_ADDRESS");
+    if (!bus || !*bus) return;
+    std::string client = FindProgram("dbus-send");
+    std::vector<std::string> args;
+    if (!client.empty()) {
+        args = {client,
+                "--session",
+                "--type=method_call",
+                "--dest=org.freedesktop.ScreenSaver",
+                "/org/freedesktop/ScreenSaver",
+                "org.freedesktop.ScreenSaver.SimulateUserActivity"};
+    } else if (!(client = FindProgram("gdbus")).empty()) {
+        args = {client,
+                "call",
+                "--session",
+                "--dest",
+                "org.freedesktop.ScreenSaver",
+                "--object-path",
+                "/org/freedesktop/ScreenSaver",
+                "--method",
+                "org.freedesktop.ScreenSaver.SimulateUserActivity"};
+    } else {
+        return;
+    }
+    std::vector<char*> argv;
+    for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    const int devNull = MoveAboveStandard(open("/dev/null", O_RDWR | O_CLOEXEC));
+    if (devNull < 0) return;
+    StartDetached(PlanChild(argv[0], argv.data(), devNull, devNull, devNull));
+    close(devNull);
+}
+
+bool RzOSDesktopHighContrast() {
+    // GNOME's accessibility setting (also what its Settings' High Contrast
+    // switch changes); read through gsettings, which needs no running desktop.
+    const std::string gsettings = FindProgram("gsettings");
+    if (gsettings.empty()) return false;
+    std::string out;
+    return RunBounded(gsettings,
+                      {gsettings, "get", "org.gnome.desktop.a11y.interface", "high-contrast"},
+                      nullptr, &out) &&
+           out.compare(0, 4, "true") == 0;
+}
+
+OSErr RzOSReplaceFile(const char* path, const void* bytes, size_t n) {
+    if (!path || !*path) return paramErr;
+    const std::string target = path;
+    // A name of its own beside the file, created exclusively (with the mode
+    // any new file gets) and never an existing one.
+    static unsigned attempt = 0;
+    std::string temp;
+    int fd = -1;
+    for (int tries = 0; fd < 0 && tries < 100; ++tries) {
+        temp = target + "." + std::to_string(getpid()) + "-" + std::to_string(++attempt) + ".new";
+        fd = open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (fd < 0 && errno != EEXIST) break;
+    }
+    if (fd < 0) return RzOSErrFromErrno(errno);
+    int err = 0;
+    const char* p = static_cast<const char*>(bytes);
+    for (size_t done = 0; err == 0 && done < n;) {
+        const ssize_t w = write(fd, p + done, n - done);
+        if (w > 0)
+            done += static_cast<size_t>(w);
+        else if (w < 0 && errno != EINTR)
+            err = errno;
+    }
+    if (err == 0 && fsync(fd) != 0) err = errno;
+    if (close(fd) != 0 && err == 0) err = errno;
+    if (err == 0 && rename(temp.c_str(), target.c_str()) != 0) err = errno;
+    if (err != 0) {
+        unlink(temp.c_str());
+        return RzOSErrFromErrno(err);
+    }
+    // The rename itself reaches the disk with the folder.
+    const std::string folder = RzPathFolder(target);
+    const int dir = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (dir >= 0) {
+        fsync(dir);
+        close(dir);
+    }
     return noErr;
 }

@@ -7,6 +7,6 @@ else()
 endif()
 rz_add_sources(internal
   HEADERS RzRaise.h RzOS.h RzAppleDouble.h RzBCDVersion.h RzDosAttrib.h RzFormat.h
-          RzMemoryHooks.h RzPaths.h RzStringBuffer.h RzTextEncoding.h RzTickClock.h RzUserDirs.h
+          RzKeyCodes.h RzMemoryHooks.h RzPaths.h RzStringBuffer.h RzTextEncoding.h RzTickClock.h RzUserDirs.h
   SOURCES ${rz_os_source} RzAppleDouble.cpp RzBCDVersion.cpp RzDosAttrib.cpp RzFormat.cpp
-          RzPaths.cpp RzTextEncoding.cpp RzUserDirs.cpp)
+          RzKeyCodes.cpp RzPaths.cpp RzTextEncoding.cpp RzUserDirs.cpp)

@@ -1,0 +1,321 @@
+// The desktop calls of the operating-system seam with stand-in clipboard
+// programs (the real ones are checked by tests/interop/desktop_*.sh), and
+// replacing a file whole.
+#include <Rz/internal/RzOS.h>
+
+#include <dirent.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "support/RzStubPrograms.h"
+#include "support/RzTempDir.h"
+#include "support/RzTestSupport.h"
+
+namespace {
+
+std::string Str(const RzString& s) {
+    return std::string(s.c_str(), static_cast<size_t>(s.length()));
+}
+
+long Milliseconds() {
+    struct timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * 1000 + now.tv_nsec / 1000000;
+}
+
+// A stub that records its arguments (each followed by a zero byte) in
+// "<name>.args" and its input in "<name>.in" when it is a copying program,
+// and prints "<name>.out" otherwise.
+std::string Recorder(const std::string& name, bool copies) {
+    return "for a in \"$@\"; do printf '%s\\0' \"$a\"; done >\"$STUBS/" + name + ".args\"\n" +
+           (copies ? "/bin/cat >\"$STUBS/" + name + ".in\""
+                   : "/bin/cat \"$STUBS/" + name + ".out\"");
+}
+
+// A stand-in for one of the clipboard programs: copying with the argument
+// that says so, else printing.
+std::string StubScript(const std::string& name) {
+    if (name == "xclip")
+        return "case \"$3\" in -in) " + Recorder(name, true) + ";; *) " + Recorder(name, false) +
+               ";; esac";
+    if (name == "xsel")
+        return "case \"$2\" in --input) " + Recorder(name, true) + ";; *) " +
+               Recorder(name, false) + ";; esac";
+    return Recorder(name, name == "wl-copy");
+}
+
+std::string Args(std::initializer_list<const char*> args) {
+    std::string joined;
+    for (const char* a : args) joined += std::string(a) + '\0';
+    return joined;
+}
+
+// Which programs reach the desktop's clipboard, by what the environment
+// offers, and the argument vectors they are given.
+TEST(RzOSDesktop, ClipboardProgramsAndTheirArguments) {
+    const std::string text("a\0b $(touch pwned) *\n", 21);
+    const struct {
+        const char* wayland;
+        const char* display;
+        std::vector<const char*> installed;
+        const char *put, *get;  // the programs used
+        std::string putArgs, getArgs, listArgs;
+    } cases[] = {
+        {nullptr,
+         ":9",
+         {"xclip", "xsel"},
+         "xclip",
+         "xclip",
+         Args({"-selection", "clipboard", "-in"}),
+         Args({"-selection", "clipboard", "-out"}),
+         Args({"-selection", "clipboard", "-out", "-target", "TARGETS"})},
+        {nullptr,
+         ":9",
+         {"xsel"},
+         "xsel",
+         "xsel",
+         Args({"--clipboard", "--input"}),
+         Args({"--clipboard", "--output"}),
+         ""},
+        {"wl-9",
+         ":9",
+         {"wl-copy", "wl-paste", "xclip"},
+         "wl-copy",
+         "wl-paste",
+         Args({"--type", "text/plain"}),
+         Args({"--no-newline", "--type", "text"}),
+         Args({"--list-types"})},
+        // Without wl-paste the X server beside the compositor is used.
+        {"wl-9",
+         ":9",
+         {"wl-copy", "xclip"},
+         "xclip",
+         "xclip",
+         Args({"-selection", "clipboard", "-in"}),
+         Args({"-selection", "clipboard", "-out"}),
+         Args({"-selection", "clipboard", "-out", "-target", "TARGETS"})},
+    };
+    for (const auto& c : cases) {
+        RzStubPrograms stubs;
+        stubs.env.Set("WAYLAND_DISPLAY", c.wayland);
+        stubs.env.Set("DISPLAY", c.display);
+        for (const char* name : c.installed) stubs.Add(name, StubScript(name));
+        SCOPED_TRACE(c.put);
+        const std::string put = c.put, get = c.get;
+
+        EXPECT_TRUE(RzOSClipboardPut(text.data(), text.size()));
+        EXPECT_EQ(stubs.Text(put + ".args"), c.putArgs);
+        EXPECT_EQ(stubs.Text(put + ".in"), text) << "bytes as they are, through no shell";
+        EXPECT_FALSE(RzOSItemExists("pwned"));
+
+        RzPutFile(stubs.dir / (get + ".out"), text);
+        RzString pasted("old");
+        EXPECT_TRUE(RzOSClipboardGet(pasted));
+        EXPECT_EQ(Str(pasted), text);
+        EXPECT_EQ(stubs.Text(get + ".args"), c.getArgs);
+
+        // What counts as text among the offered types; xsel lists none, and
+        // any output counts.
+        const struct {
+            const char* offered;
+            bool text;
+        } offers[] = {
+            {"TARGETS\nUTF8_STRING\n", true},
+            {"text/plain;charset=utf-8\n", true},
+            {"STRING", true},
+            {"TARGETS\nimage/png\n", false},
+            {"", false},
+        };
+        for (const auto& o : offers) {
+            RzPutFile(stubs.dir / (get + ".out"), o.offered);
+            bool has = !o.text;
+            EXPECT_TRUE(RzOSClipboardHasText(has));
+            EXPECT_EQ(has, c.listArgs.empty() ? o.offered[0] != 0 : o.text) << o.offered;
+        }
+        if (!c.listArgs.empty()) {
+            EXPECT_EQ(stubs.Text(get + ".args"), c.listArgs);
+        }
+    }
+}
+
+TEST(RzOSDesktop, NoClipboardWithoutADisplayOrAProgram) {
+    const struct {
+        const char *wayland, *display;
+        bool programs;
+    } cases[] = {
+        {nullptr, nullptr, true},  // no display
+        {"", "", true},            // empty counts as unset
+        {nullptr, ":9", false},    // no program
+        {"wl-9", nullptr, false},
+    };
+    for (const auto& c : cases) {
+        RzStubPrograms stubs;
+        stubs.env.Set("WAYLAND_DISPLAY", c.wayland);
+        stubs.env.Set("DISPLAY", c.display);
+        if (c.programs)
+            for (const char* name : {"xclip", "xsel", "wl-copy", "wl-paste"})
+                stubs.Add(name, "echo ran >\"$STUBS/ran\"");
+        RzString text("old");
+        bool has = true;
+        EXPECT_FALSE(RzOSClipboardPut("x", 1));
+        EXPECT_FALSE(RzOSClipboardGet(text));
+        EXPECT_FALSE(RzOSClipboardHasText(has));
+        EXPECT_EQ(Joined(Str(text), has), Joined("", false));
+        EXPECT_FALSE(RzOSItemExists((stubs.dir / "ran").c_str()));
+    }
+}
+
+// A program that fails, stalls, or leaves early: the caller gets an empty
+// clipboard in bounded time, and no process of it is left behind.
+TEST(RzOSDesktop, ClipboardProgramsThatMisbehave) {
+    const std::string big(4 << 20, 'x');
+    const struct {
+        const char* what;
+        const char* script;
+        bool put;  // exercised by putting `big` (else by getting)
+        const char* pasted;
+        long atLeast, atMost;  // milliseconds
+    } cases[] = {
+        {"fails after writing", "printf partial; exit 1", false, "", 0, 1500},
+        {"stalls", "/bin/sleep 30 & echo $! >\"$STUBS/pid\"; printf early; wait", false, "",
+         kRzOSToolSilenceLimit - 100, kRzOSToolSilenceLimit + 1500},
+        {"stalls before reading", "/bin/sleep 30 & echo $! >\"$STUBS/pid\"; wait", true, "",
+         kRzOSToolSilenceLimit - 100, kRzOSToolSilenceLimit + 1500},
+        {"leaves without reading", "exit 0", true, "", 0, 1500},
+        {"leaves a helper holding its output",
+         "/bin/sleep 30 & echo $! >\"$STUBS/pid\"; printf 'the text'", false, "the text", 0, 1500},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        RzStubPrograms stubs;
+        stubs.env.Set("WAYLAND_DISPLAY", nullptr);
+        stubs.env.Set("DISPLAY", ":9");
+        stubs.Add("xclip", c.script);
+        sigset_t pending;
+        const long start = Milliseconds();
+        RzString text;
+        if (c.put)
+            RzOSClipboardPut(big.data(), big.size());
+        else
+            RzOSClipboardGet(text);
+        const long took = Milliseconds() - start;
+        EXPECT_GE(took, c.atLeast);
+        EXPECT_LE(took, c.atMost);
+        EXPECT_EQ(Str(text), c.pasted);
+        EXPECT_FALSE(RzHasChildren());
+        sigpending(&pending);
+        EXPECT_FALSE(sigismember(&pending, SIGPIPE));
+        const std::string pid = stubs.Text("pid");
+        if (!pid.empty() && c.atLeast > 0) {
+            bool gone = false;
+            for (int i = 0; i < 100 && !(gone = RzProcessGone(atoi(pid.c_str()))); ++i)
+                usleep(10000);
+            EXPECT_TRUE(gone) << "what the stalled program started is killed with it";
+        } else if (!pid.empty()) {
+            kill(atoi(pid.c_str()), SIGKILL);
+        }
+    }
+}
+
+// An application that leaves its children to the system (SIGCHLD ignored)
+// still gets the text, and one that blocks SIGPIPE keeps its mask.
+TEST(RzOSDesktop, ClipboardUnderTheApplicationsSignalSettings) {
+    RzStubPrograms stubs;
+    stubs.env.Set("WAYLAND_DISPLAY", nullptr);
+    stubs.env.Set("DISPLAY", ":9");
+    stubs.Add("xclip", "printf 'pasted'");
+    struct sigaction ignore, previous;
+    memset(&ignore, 0, sizeof ignore);
+    ignore.sa_handler = SIG_IGN;
+    sigaction(SIGCHLD, &ignore, &previous);
+    RzString text;
+    RzOSClipboardGet(text);
+    sigaction(SIGCHLD, &previous, nullptr);
+    EXPECT_EQ(Str(text), "pasted");
+
+    sigset_t pipe, before, after;
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    sigprocmask(SIG_BLOCK, &pipe, &before);
+    RzOSClipboardGet(text);
+    sigprocmask(SIG_SETMASK, &before, &after);
+    EXPECT_TRUE(sigismember(&after, SIGPIPE));
+}
+
+// Without a display, a desktop bus or gsettings, the calls do nothing and
+// say so.
+TEST(RzOSDesktop, NoDesktopAtAll) {
+    RzStubPrograms stubs;
+    stubs.env.Set("WAYLAND_DISPLAY", nullptr);
+    stubs.env.Set("DISPLAY", nullptr);
+    stubs.env.Set("DBUS_SESSION_BUS_ADDRESS", nullptr);
+    uint8_t keys[16];
+    memset(keys, 0xFF, sizeof keys);
+    RzOSGetKeys(keys);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(keys), 16), std::string(16, '\0'));
+    RzOSReportUserActivity();
+    EXPECT_FALSE(RzOSDesktopHighContrast());
+    EXPECT_FALSE(RzHasChildren());
+}
+
+TEST(RzOSDesktop, HighContrastFromGsettings) {
+    const struct {
+        const char* script;
+        bool high;
+    } cases[] = {
+        {"[ \"$*\" = 'get org.gnome.desktop.a11y.interface high-contrast' ] && echo true", true},
+        {"echo false", false},
+        {"echo true; exit 1", false},  // no such schema
+        {"exec /bin/sleep 30", false},
+    };
+    for (const auto& c : cases) {
+        RzStubPrograms stubs;
+        stubs.Add("gsettings", c.script);
+        EXPECT_EQ(RzOSDesktopHighContrast(), c.high) << c.script;
+    }
+}
+
+std::vector<std::string> Names(const std::string& folder) {
+    std::vector<std::string> names;
+    if (DIR* d = opendir(folder.c_str())) {
+        while (struct dirent* e = readdir(d))
+            if (e->d_name[0] != '.') names.push_back(e->d_name);
+        closedir(d);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+TEST(RzOSDesktop, ReplaceFileLeavesTheOldOrTheNewContents) {
+    RzTempDir t;
+    const std::string file = t / "settings";
+    const std::string data("new\0contents\n", 13);
+    ASSERT_EQ(RzOSReplaceFile(file.c_str(), data.data(), data.size()), noErr);
+    EXPECT_EQ(FileText(file), data);
+    RzPutFile(file, "old");
+    struct stat before, after;
+    stat(file.c_str(), &before);
+    ASSERT_EQ(RzOSReplaceFile(file.c_str(), "", 0), noErr);
+    stat(file.c_str(), &after);
+    EXPECT_EQ(FileText(file), "");
+    EXPECT_NE(before.st_ino, after.st_ino) << "a new file, renamed over the old one";
+    const mode_t mask = umask(0);
+    umask(mask);
+    EXPECT_EQ(after.st_mode & 0777, 0666 & ~mask);
+    EXPECT_EQ(Names(t.path()), std::vector<std::string>{"settings"});
+
+    EXPECT_EQ(RzOSReplaceFile((t / "missing/settings").c_str(), "x", 1), fnfErr);
+    mkdir((t / "folder").c_str(), 0700);
+    EXPECT_EQ(RzOSReplaceFile((t / "folder").c_str(), "x", 1), notAFileErr);
+    EXPECT_EQ(RzOSReplaceFile(nullptr, "x", 1), paramErr);
+    EXPECT_EQ(Names(t.path()), (std::vector<std::string>{"folder", "settings"}))
+        << "nothing left behind by the failures";
+}
+
+}  // namespace
