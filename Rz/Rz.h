@@ -16,6 +16,7 @@
 #include <Rz/RzIO/RzStdStream.h>
 #include <Rz/RzIO/RzStream.h>
 #include <Rz/Mac/RzByteOrder.h>
+#include <Rz/Mac/RzContrast.h>
 #include <Rz/Mac/RzMacTypes.h>
 #include <Rz/FileSpec/RzFileSpec.h>
 #include <Rz/Mac/RzMacToolsOSX.h>

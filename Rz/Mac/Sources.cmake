@@ -1,3 +1,3 @@
 rz_add_sources(Mac
-  HEADERS RzByteOrder.h RzMacTypes.h RzMacToolsOSX.h
-  SOURCES RzByteOrder.cpp RzMacToolsOSX.cpp)
+  HEADERS RzByteOrder.h RzContrast.h RzMacTypes.h RzMacToolsOSX.h
+  SOURCES RzByteOrder.cpp RzContrast.cpp RzMacToolsOSX.cpp)

@@ -16,6 +16,21 @@ static const char kRzUnit[] = "RzSystem";
 // system's, replaced only by the unit tests through RzSetTickClock.
 static RzTickClock gTickClock = {RzOSTickCount, RzOSDelayTicks};
 
+// Process-wide: the presentation mode, normal (0) until ShowMenuBar hides
+// everything (3). Changed only by ShowMenuBar.
+static int gPresentationMode = 0;
+
+// Process-wide: the clipboard of a process that cannot reach the desktop's,
+// and whether anything was ever put there. Changed only by CopyToClipboard.
+static RzString gOwnClipboard;
+static bool gOwnClipboardFilled = false;
+
+// Process-wide: when SystemActive last passed activity on (in ticks), so
+// that a caller in a tight loop does not start a process each time. Changed
+// only by SystemActive.
+static bool gActivityReported = false;
+static uint32_t gActivityReportedAt = 0;
+
 RzTickClock RzSetTickClock(const RzTickClock* clock) {
     const RzTickClock previous = gTickClock;
     static const RzTickClock system = {RzOSTickCount, RzOSDelayTicks};
@@ -59,6 +74,42 @@ int32_t CopyLength(RzFile& source) {
         return -1;
     }
 }
+
+// The presentation modes of the Mac's menu bar.
+const int kModeNormal = 0;
+const int kModeAllHidden = 3;
+
+// The bell: three rings with a pause of 40 ticks after each, or one.
+const int kBeepRings = 3;
+const uint32_t kBeepPauseTicks = 40;
+
+// Activity is passed on at most once in this many ticks (five seconds):
+// screen savers count minutes.
+const uint32_t kActivityInterval = 300;
+
+// The Mac virtual key codes of the named keys 1..10 (index 0 unused).
+const int kNamedKeys[11] = {-1, 53, 55, 56, 60, 57, 58, 58, 61, 59, 62};
+const int kNamedKeyCount = 10;
+const int kCommandKey = 2;  // named
+const int kPeriodKey = 47;  // virtual key code
+const int kMacKeyCount = 128;
+
+// The key map, read when a key code first needs it.
+class KeyMap {
+public:
+    KeyMap() : read(false) {}
+    bool Down(int code) {
+        if (code == 0) return true;
+        const int key = code >= 1 && code <= kNamedKeyCount ? kNamedKeys[code] : code;
+        if (key < 0 || key >= kMacKeyCount) return false;
+        if (!read) RzOSGetKeys(keys), read = true;
+        return (keys[key / 8] >> (key % 8)) & 1;
+    }
+
+private:
+    bool read;
+    uint8_t keys[16];
+};
 
 }  // namespace
 
@@ -213,6 +264,68 @@ void RzSystem::LaunchFile(const RzFileSpec& spec) {
     if (err == noErr) err = RzOSRefMakePath(ref, path);
     if (err != noErr) RaiseOSResult(err, __LINE__);
     LaunchURL(RzString("file://") + path);
+}
+
+// --- The desktop ---------------------------------------------------------------
+
+void RzSystem::Beep(int mode) {
+    const int rings = mode == 1 ? kBeepRings : 1;
+    for (int i = 0; i < rings; ++i) {
+        RzOSBeep();
+        if (mode == 1) gTickClock.delay(kBeepPauseTicks);
+    }
+}
+
+void RzSystem::SystemActive(bool active) {
+    if (!active) return;
+    const uint32_t now = gTickClock.ticks();
+    if (gActivityReported && now - gActivityReportedAt < kActivityInterval) return;
+    gActivityReported = true;
+    gActivityReportedAt = now;
+    RzOSReportUserActivity();
+}
+
+bool RzSystem::ShowMenuBar(bool show) {
+    const int previous = gPresentationMode;
+    gPresentationMode = show ? kModeNormal : kModeAllHidden;
+    return previous == kModeNormal;
+}
+
+void RzSystem::CopyToClipboard(const RzString& text) {
+    if (RzOSClipboardPut(text.c_str(), static_cast<size_t>(text.length()))) return;
+    // Exactly the length() bytes, as the desktop's clipboard would keep them.
+    gOwnClipboard.Set(text.c_str(), text.length());
+    gOwnClipboardFilled = true;
+}
+
+RzString RzSystem::CopyFromClipboard() {
+    RzString text;
+    if (RzOSClipboardGet(text)) return text;
+    return gOwnClipboard;
+}
+
+bool RzSystem::ClipboardHasData() {
+    bool hasText = false;
+    if (RzOSClipboardHasText(hasText)) return hasText;
+    return gOwnClipboardFilled;
+}
+
+int32_t RzSystem::GetNativeKey() {
+    uint8_t keys[16];
+    RzOSGetKeys(keys);
+    for (int key = 0; key < kMacKeyCount; ++key)
+        if ((keys[key / 8] >> (key % 8)) & 1) return key;
+    return -1;
+}
+
+bool RzSystem::TestKey(int key1, int key2) {
+    KeyMap keys;
+    if (!keys.Down(key1)) return false;
+    return key2 == 0 || keys.Down(key2);
+}
+
+bool RzSystem::KeyBreak() {
+    return TestKey(kCommandKey, kPeriodKey);
 }
 
 // --- Date ----------------------------------------------------------------------

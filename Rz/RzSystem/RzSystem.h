@@ -1,7 +1,8 @@
 // RzSystem: operating-system services beside files and streams, as static
 // members of a class that is never instantiated: timing, the running
-// program, file operations that are not stream I/O, and opening URLs and
-// files in their default applications. Errors are RzErrors of the unit
+// program, file operations that are not stream I/O, opening URLs and files
+// in their default applications, and the desktop: the bell, keeping the
+// machine awake, the clipboard and the keyboard. Errors are RzErrors of the unit
 // "RzSystem"; operating-system results passed on carry the name "err" with
 // the result as code. docs/platform.md says what each service does on Linux.
 #ifndef RZ_RZSYSTEM_RZSYSTEM_H
@@ -116,8 +117,54 @@ public:
 
     // --- The desktop --------------------------------------------------------
     //
-    // The clipboard, the keyboard state, Beep, SystemActive and ShowMenuBar
-    // are still to come here.
+    // For the application's main thread. Without a desktop each of these
+    // still works for the process itself, or does nothing; none raises.
+    // docs/platform.md says what each asks of the desktop.
+
+    // Rings the bell: mode 1 three times, each followed by a pause of 40
+    // ticks (two thirds of a second); any other mode once.
+    static void Beep(int mode);
+    // With true, tells the desktop that the user is active, so that the
+    // screen saver and the display's power saving count their idle time from
+    // now; passed on at most once every five seconds, however often it is
+    // called. With false, nothing.
+    static void SystemActive(bool active);
+    // Sets the presentation mode: normal (menu bar shown) with true, all
+    // hidden with false. True when the mode before was normal. The mode is
+    // the process's own (it starts normal); no desktop menu bar changes.
+    static bool ShowMenuBar(bool show);
+
+    // The clipboard holds plain text as bytes, zero bytes included, without
+    // any character-set conversion. It is the desktop's where one can be
+    // reached (and then outlives the process), else one kept in the process.
+    // A clipboard that does not answer in time counts as empty.
+
+    // Replaces the clipboard's content with the string's length() bytes.
+    static void CopyToClipboard(const RzString& text);
+    // The text on the clipboard; the empty string when there is none, when
+    // it is empty, and on every failure.
+    static RzString CopyFromClipboard();
+    // True when the clipboard holds a text (also an empty one, where the
+    // desktop can tell).
+    static bool ClipboardHasData();
+
+    // The keyboard at the moment of the call, by the Mac's virtual key codes
+    // (the place of a key on an Apple keyboard; docs/platform.md has the
+    // table). Where the system does not tell a process which keys are down
+    // (under Wayland, without a display), no key is down.
+
+    // The lowest virtual key code (0..127) of a key that is down; -1 when
+    // none is.
+    static int32_t GetNativeKey();
+    // Whether key1 is down and, unless key2 is 0, key2 too (key2 is only
+    // looked at when key1 is down). A code is a virtual key code, or one of
+    // the named keys: 1 Escape, 2 Command, 3 Shift, 4 right Shift, 5 Caps
+    // Lock, 6 and 7 Option, 8 right Option, 9 Control, 10 right Control.
+    // 0 counts as down, so TestKey(0, 0) is true; codes outside 0..127 are
+    // never down.
+    static bool TestKey(int key1, int key2);
+    // TestKey(2, 47): Command and period, the user's request to cancel.
+    static bool KeyBreak();
 
 private:
     RzSystem();
