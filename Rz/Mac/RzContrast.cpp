@@ -1,13 +1,14 @@
 #include <Rz/Mac/RzContrast.h>
 
+#include <stdio.h>
+
 #include <charconv>
+#include <string>
 #include <system_error>
 
-#include <Rz/FileSpec/RzFileSpec.h>
 #include <Rz/Mac/RzMacToolsOSX.h>
 #include <Rz/RzCore/RzError.h>
 #include <Rz/RzData/RzDataBase.h>
-#include <Rz/RzIO/RzFile.h>
 #include <Rz/internal/RzOS.h>
 
 namespace {
@@ -39,19 +40,22 @@ RzString ContrastFile(bool create) {
 }
 
 // The settings in the file, as far as they can be read; an empty database
-// when there is no file.
+// when there is no file. Read with the C library: a preference is read
+// often, and a file stream would resolve the path on the way.
 void ReadSettings(const RzString& file, RzDataBase& settings) {
-    if (file.length() == 0 || !RzOSItemExists(file.c_str())) return;
+    if (file.length() == 0) return;
+    FILE* in = fopen(file.c_str(), "rb");
+    if (!in) return;
+    std::string text;
+    char buffer[4096];
+    size_t n;
+    while ((n = fread(buffer, 1, sizeof buffer, in)) > 0) text.append(buffer, n);
+    fclose(in);
+    if (text.size() > 0x7FFFFFFF) return;
     try {
-        RzFile in;
-        in.SetSpec(RzFileSpec(file));
-        in.Open(eRzFileRead, false);
-        const RzString text = in.ReadString();
-        in.Close();
-        settings.ReadFromString(text);
+        settings.ReadFromString(RzString(text.data(), static_cast<int32_t>(text.size()), false));
     } catch (const RzError&) {
-        // An unreadable file holds no value; a damaged one the entries before
-        // the damage.
+        // A damaged file holds the entries before the damage.
     }
 }
 
