@@ -6,7 +6,8 @@ else()
   message(FATAL_ERROR "Rz has no operating-system layer for ${CMAKE_SYSTEM_NAME} yet")
 endif()
 rz_add_sources(internal
-  HEADERS RzRaise.h RzOS.h RzAppleDouble.h RzBCDVersion.h RzFormat.h RzMemoryHooks.h RzPaths.h
+  HEADERS RzRaise.h RzOS.h RzAppleDouble.h RzBCDVersion.h RzFinderCodes.h RzFormat.h RzMemoryHooks.h
+          RzPaths.h
           RzStringBuffer.h RzTextEncoding.h RzUserDirs.h
   SOURCES ${rz_os_source} RzAppleDouble.cpp RzBCDVersion.cpp RzFormat.cpp RzPaths.cpp
           RzTextEncoding.cpp RzUserDirs.cpp)

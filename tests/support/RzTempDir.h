@@ -74,6 +74,24 @@ struct NoXattrMount {
     bool mounted;
 };
 
+// A small tmpfs mounted in a fresh temporary folder, with mount `options`
+// ("size=64k", "nr_inodes=8", ...): a file system that fills up. Mounting
+// needs root; `reason` says why it failed.
+struct TmpfsMount {
+    explicit TmpfsMount(const std::string& options) : point(dir / "tmpfs") {
+        mounted = mkdir(point.c_str(), 0700) == 0 &&
+                  mount("tmpfs", point.c_str(), "tmpfs", 0, ("mode=0755," + options).c_str()) == 0;
+        if (!mounted) reason = std::string("cannot mount tmpfs (needs root): ") + strerror(errno);
+    }
+    ~TmpfsMount() {
+        if (mounted) umount2(point.c_str(), MNT_DETACH);
+    }
+    std::string operator/(const std::string& name) const { return point + "/" + name; }
+    RzTempDir dir;
+    std::string point, reason;
+    bool mounted;
+};
+
 // The whole content of a file ("" when it cannot be read).
 inline std::string FileText(const std::string& path) {
     std::ostringstream out;
