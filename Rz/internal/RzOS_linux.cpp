@@ -813,11 +813,12 @@ bool NamesFile(int fd, int dirfd, const char* name) {
 OSErr TakeAttributes(int fd, const char* like, const struct stat& old) {
     struct stat now;
     if (fstat(fd, &now) != 0) return RzOSErrFromErrno(errno);
-    if ((now.st_uid != old.st_uid || now.st_gid != old.st_gid) &&
-        fchown(fd, old.st_uid, old.st_gid) != 0 && now.st_gid != old.st_gid) {
-        if (fchown(fd, static_cast<uid_t>(-1), old.st_gid) != 0) {
-            // Neither owner nor group may be given away: the file stays ours.
-        }
+    if (now.st_uid != old.st_uid || now.st_gid != old.st_gid) {
+        // Where the owner may not be given away the group alone may be; where
+        // neither may, the file stays this process's, as any file it makes.
+        const bool given = fchown(fd, old.st_uid, old.st_gid) == 0 ||
+                           fchown(fd, static_cast<uid_t>(-1), old.st_gid) == 0;
+        (void)given;
     }
 
     std::vector<char> names;

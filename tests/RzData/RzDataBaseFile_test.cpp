@@ -4,6 +4,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <math.h>
 #include <signal.h>
 #include <sys/file.h>
@@ -262,11 +263,16 @@ TEST(RzDataBaseFile, ReplacingKeepsWhatTheOldFileHad) {
             Joined(RzString().FromSig(read.GetTypeID()), RzString().FromSig(read.GetCreatorID())),
             std::string(name) == "new.icc" ? "prof|sync" : "TEXT|ttxt");
     }
-    // A new file is made as fopen makes one: 0666 less the umask.
+    // A new file is made as fopen makes one: 0666 less the umask; a relative
+    // name is saved beside the working folder's other files.
+    char cwd[PATH_MAX];
+    ASSERT_TRUE(getcwd(cwd, sizeof cwd) && chdir(t.path().c_str()) == 0);
     const mode_t mask = umask(022);
-    db.WriteToFile(Spec(t / "fresh.txt"));
+    db.WriteToFile(Spec("fresh.txt"));
     umask(mask);
-    EXPECT_EQ(Stat(t / "fresh.txt").st_mode & 0777, 0644u);
+    ASSERT_EQ(chdir(cwd), 0);
+    EXPECT_EQ(Joined(FileText(t / "fresh.txt"), Stat(t / "fresh.txt").st_mode & 0777),
+              Joined("size = 12\n", 0644));
 }
 
 TEST(RzDataBaseFile, ALinkStaysAndItsTargetIsReplaced) {
@@ -360,7 +366,7 @@ TEST(RzDataBaseFile, SavesKilledAtRandomMomentsLeaveTheOldOrTheNewFile) {
     RzTempDir disk;
     const std::string folder = ram.mounted ? ram.point : disk.path();
     const std::string path = folder + "/settings.txt", prefix = ".settings.txt.rz-";
-    std::unique_ptr<RzDataBase> a(Settings(400, "old")), b(Settings(900, "new"));
+    std::unique_ptr<RzDataBase> a(Settings(100, "old")), b(Settings(250, "new"));
     const std::string textA = Text(*a), textB = Text(*b);
     a->WriteToFile(Spec(path));
     ASSERT_EQ(chmod(path.c_str(), 0640), 0);
