@@ -4,6 +4,7 @@
 #ifndef RZ_TESTS_SUPPORT_RZTEMPDIR_H
 #define RZ_TESTS_SUPPORT_RZTEMPDIR_H
 
+#include <dirent.h>
 #include <errno.h>
 #include <ftw.h>
 #include <stdio.h>
@@ -56,6 +57,27 @@ inline bool RzPutFile(const std::string& path, const std::string& bytes = "x") {
     FILE* f = fopen(path.c_str(), "wb");
     const bool written = f && fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
     return f && fclose(f) == 0 && written;
+}
+
+// Makes folders (names ending in '/') and files holding `text` in `t`.
+inline void MakeFiles(const RzTempDir& t, const std::vector<std::string>& names,
+                      const std::string& text = "x") {
+    for (const std::string& name : names)
+        name.back() == '/' ? mkdir((t / name).c_str(), 0755) : RzPutFile(t / name, text);
+}
+
+// The names in `folder` that start with `prefix`, "." and ".." left out.
+inline std::vector<std::string> FolderNames(const std::string& folder,
+                                            const std::string& prefix = "") {
+    std::vector<std::string> names;
+    if (DIR* dir = opendir(folder.c_str())) {
+        while (struct dirent* e = readdir(dir))
+            if (std::string(e->d_name).rfind(prefix, 0) == 0 && strcmp(e->d_name, ".") != 0 &&
+                strcmp(e->d_name, "..") != 0)
+                names.push_back(e->d_name);
+        closedir(dir);
+    }
+    return names;
 }
 
 // A ramfs mounted in a fresh temporary folder: a file system without user
