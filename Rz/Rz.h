@@ -18,6 +18,8 @@
 #include <Rz/Mac/RzByteOrder.h>
 #include <Rz/Mac/RzMacTypes.h>
 #include <Rz/FileSpec/RzFileSpec.h>
+#include <Rz/FileSpec/RzFileInfo.h>
+#include <Rz/FileSpec/RzIterateDir.h>
 #include <Rz/Mac/RzMacToolsOSX.h>
 #include <Rz/RzSystem/RzDate.h>
 #include <Rz/RzSystem/RzSystem.h>
