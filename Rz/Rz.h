@@ -19,6 +19,8 @@
 #include <Rz/Mac/RzContrast.h>
 #include <Rz/Mac/RzMacTypes.h>
 #include <Rz/FileSpec/RzFileSpec.h>
+#include <Rz/FileSpec/RzFileInfo.h>
+#include <Rz/FileSpec/RzIterateDir.h>
 #include <Rz/Mac/RzMacToolsOSX.h>
 #include <Rz/RzSystem/RzDate.h>
 #include <Rz/RzSystem/RzSystem.h>

@@ -136,7 +136,7 @@ public:
 protected:
     // The file layer stores the creator it reads from the disk as it is, 0
     // and 'MACS' included, which SetCreatorID would replace.
-    friend int32_t RzMacFSRefToCreatorType(RzFileSpec& spec, const FSRef& ref);
+    friend void RzTakeFinderCodes(RzFileSpec& spec, uint32_t type, uint32_t creator);
 
     RzString fullName;
     uint32_t typeID;

@@ -1,3 +1,3 @@
 rz_add_sources(FileSpec
-  HEADERS RzFileSpec.h
-  SOURCES RzFileSpec.cpp)
+  HEADERS RzFileSpec.h RzFileInfo.h RzIterateDir.h
+  SOURCES RzFileSpec.cpp RzFileInfo.cpp RzIterateDir.cpp)

@@ -6,6 +6,7 @@
 #include <string>
 #include <system_error>
 
+#include <Rz/FileSpec/RzFileSpec.h>
 #include <Rz/Mac/RzMacToolsOSX.h>
 #include <Rz/RzCore/RzError.h>
 #include <Rz/RzData/RzDataBase.h>
@@ -102,9 +103,8 @@ bool SetMacContrastEnhancement(double value) {
         const RzString file = ContrastFile(true);
         if (file.length() == 0) return false;
         settings.SetString(RzString(kContrastKey), FormatNumber(value));
-        const RzString text = settings.WriteToString();
-        return RzOSReplaceFile(file.c_str(), text.c_str(), static_cast<size_t>(text.length())) ==
-               noErr;
+        settings.WriteToFile(RzFileSpec(file));  // replaced whole, crash-safe
+        return true;
     } catch (const RzError&) {
         return false;
     }

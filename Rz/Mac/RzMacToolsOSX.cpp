@@ -10,6 +10,7 @@
 #include <string>
 
 #include <Rz/FileSpec/RzFileSpec.h>
+#include <Rz/internal/RzFinderCodes.h>
 #include <Rz/internal/RzOS.h>
 #include <Rz/internal/RzPaths.h>
 #include <Rz/internal/RzRaise.h>
@@ -143,12 +144,26 @@ int32_t RzMacFSRefToCreatorType(RzFileSpec& spec, const FSRef& ref) {
     OSErr err = RzOSReadFinderInfo(ref.path.c_str(), type, creator, flags, &isFolder);
     if (err != noErr) return err;
     if (isFolder) type = creator = 0;  // a folder's first bytes are its window
+    RzTakeFinderCodes(spec, type, creator);
+    return noErr;
+}
+
+void RzTakeFinderCodes(RzFileSpec& spec, uint32_t type, uint32_t creator) {
     // A known extension wins over the Finder type; the Finder creator always
     // wins, also when it is 0.
     spec.SetType(eRzTypeUnknown);
     if (spec.GetType() == eRzTypeUnknown) spec.SetTypeID(type);
     spec.creatorID = creator;
-    return noErr;
+}
+
+void RzStampFinderCodes(const RzFileSpec& spec) {
+    FSRef ref;
+    uint32_t type = 0, creator = 0;
+    uint16_t flags = 0;
+    bool isFolder = true;
+    if (RzFileSpecToFSRef(ref, spec) == noErr &&
+        RzOSReadFinderInfo(ref.path.c_str(), type, creator, flags, &isFolder) == noErr && !isFolder)
+        RzOSWriteFinderInfo(ref.path.c_str(), spec.GetTypeID(), spec.GetCreatorID());
 }
 
 int32_t RzMacReadCreatorType(RzFileSpec& spec) {
@@ -266,13 +281,7 @@ FILE* RzMacOpenFile(RzFileSpec& spec, eRzFileAccess access) {
     // Stamp type and creator, whether or not the open succeeded; a zero code
     // keeps what the file has. Failures (a file system without Finder
     // information, for one) are ignored.
-    FSRef ref;
-    uint32_t type = 0, creator = 0;
-    uint16_t flags = 0;
-    bool isFolder = true;
-    if (RzFileSpecToFSRef(ref, spec) == noErr &&
-        RzOSReadFinderInfo(ref.path.c_str(), type, creator, flags, &isFolder) == noErr && !isFolder)
-        RzOSWriteFinderInfo(ref.path.c_str(), spec.GetTypeID(), spec.GetCreatorID());
+    RzStampFinderCodes(spec);
 
     if (file) return file;
     RzRaise(kRzFileNotOpen, (RzString("FileNotOpen: (for writing)") + spec.GetFullName()).c_str(),

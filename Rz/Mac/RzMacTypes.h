@@ -45,6 +45,7 @@ enum {
     dirNFErr = -120,                      // folder not found (or a path part is no folder)
     wrgVolTypErr = -123,                  // the volume cannot do this (no Finder information there)
     notAFileErr = -1302,                  // a folder where a file was expected
+    errFSNotAFolder = -1407,              // a file where a folder was expected
     kTextUnsupportedEncodingErr = -8738,  // the system has no converter for the encoding
     kTextMalformedInputErr = -8739,       // bytes that do not form a character
     kTextUndefinedElementErr = -8740      // a character the encoding does not define

@@ -20,6 +20,11 @@
 // With SaveControlChars(true) the writer uses the protected form, in which
 // every entry is written as <"key" = "value"> and the whole text is enclosed
 // in braces; the reader accepts both forms.
+//
+// Values are text; the typed getters and setters convert integers, reals and
+// booleans at a path. ReadFromFile and WriteToFile load and save a whole
+// database as a file; saving replaces the file so that a crash at any moment
+// leaves the old settings or the new ones (docs/database-format.md, "Files").
 #ifndef RZ_RZDATA_RZDATABASE_H
 #define RZ_RZDATA_RZDATABASE_H
 
@@ -32,6 +37,7 @@
 #include <Rz/RzData/RzList.h>
 
 class RzDataBase;
+class RzFileSpec;
 
 // One entry: key, value and an optional sub-database, which the entry holds by
 // one counted reference (copies of an entry share the sub-database).
@@ -127,6 +133,51 @@ public:
     // stored by key as paths (append false); sub-databases are copied
     // recursively into the first entry with their key.
     void MergeDB(const RzDataBase* other, bool append);
+
+    // --- Typed values ----------------------------------------------------
+    // Each getter reads the value at `path` when the entry exists. When it
+    // does not, it returns `def`, and with create it first stores `def` in
+    // its text form, so that a later WriteToFile shows every setting asked
+    // for; without create it changes nothing. Conversions never raise.
+    //
+    // "%d" of v.
+    void SetInt(const RzString& path, int v);
+    // atol of the value: leading blanks skipped, anything after the digits
+    // ignored, 0 without digits; saturated to the 32-bit range.
+    int GetInt(const RzString& path, int def, bool create);
+    // "true" or "false".
+    void SetBoolean(const RzString& path, bool v);
+    // True for "true" in any case and for exactly "1"; false for any other
+    // text ("yes", " true", "01", "").
+    bool GetBoolean(const RzString& path, bool def, bool create);
+    // Writes nothing when the entry exists and atof of its value equals v,
+    // so that a value written by hand ("0.50") keeps its form. Otherwise
+    // stores Printf(format, v), or for a null format "%f" with its trailing
+    // zeros stripped ("0.5", "3").
+    void SetDouble(const RzString& path, double v, const char* format = nullptr);
+    // atof of the value.
+    double GetDouble(const RzString& path, double def, bool create);
+
+    // --- Files -----------------------------------------------------------
+    // Replaces the contents with the database in the file, read whole as
+    // bytes (no character-set conversion); the file is not changed. A file
+    // that cannot be opened raises code 12 (the file layer's "FileNotOpen
+    // (for reading): <path>") and leaves the database as it was; a text that
+    // cannot be parsed raises as ReadFromString does, keeping what was read.
+    void ReadFromFile(const RzFileSpec& spec);
+    // Writes WriteToString() as the whole file. The file is replaced whole:
+    // the text goes to a new file in the same folder, is flushed to the disk
+    // and renamed over the old file, which keeps its permissions, owner
+    // (where the process may set it) and extended attributes (Finder
+    // information among them); a symbolic link stays and its target is
+    // replaced; the file gets the type and creator of its extension. Where
+    // the folder takes no new file but the file itself may be written (and
+    // for anything but a regular file), the file is rewritten in place.
+    // Raises code 12 when the file cannot be opened (the file layer's
+    // "FileNotOpen: (for writing)<path>"), "RzFileWriteFailed" (17) when
+    // writing, flushing or renaming fails; then the old file is as it was
+    // and no new file is left behind (docs/database-format.md, "Files").
+    void WriteToFile(const RzFileSpec& spec) const;
 
     // --- Text form -------------------------------------------------------
     // Selects the protected form for every database written afterwards;

@@ -1,3 +1,3 @@
 rz_add_sources(RzData
   HEADERS RzArray.h RzDataBase.h RzList.h
-  SOURCES RzDataBase.cpp)
+  SOURCES RzDataBase.cpp RzDataBaseFile.cpp)

@@ -17,7 +17,10 @@
 //     operations on whole items;
 //   - attributes of items: Finder information and other flags kept beside
 //     an item's contents;
-//   - folders: well-known folders and creating folders.
+//   - folders: well-known folders and creating folders;
+//   - saving files safely: the steps of replacing a file whole so that a
+//     crash leaves the old or the new file, never a mix;
+//   - walking folders: listing a folder tree through folder descriptors.
 // Calls of the desktop (clipboard, keyboard, bell, screen saver, contrast)
 // have a section of their own at the end.
 //
@@ -256,6 +259,124 @@ OSErr RzOSColorSyncFolder(short domain, bool create, short& vRefNum, int32_t& di
 // a name holding '/', paramErr for an empty reference.
 OSErr RzOSCreateDirectory(const FSRef& parent, const char* name);
 
+// --- Saving files safely ----------------------------------------------------------
+//
+// The system's part in replacing a file whole so that a crash at any moment
+// leaves either the old or the new contents: the new contents are written to a
+// temporary file in the same folder, flushed to disk and renamed over the
+// file, and the folder is flushed after the rename. The order of the steps and
+// what to do when one fails belong to the caller (RzDataBase::WriteToFile).
+
+// The file that writing to `path` writes to: symbolic links naming the file
+// are followed, a chain of them included (a relative target is read from the
+// link's folder); the folders on the way are taken as they are. The target
+// need not exist. fnfErr for a loop of links, paramErr for a null path.
+OSErr RzOSWriteTarget(const char* path, RzString& target);
+
+// Whether the file at `path` (no link, see RzOSWriteTarget) may be replaced
+// by a new file: noErr for a regular file this process may write, fnfErr when
+// there is nothing at `path`, notAFileErr for anything but a regular file (a
+// folder, a device, a pipe), and the mapped errno when this process may not
+// write the file (permErr, fLckdErr for an immutable file, vLckdErr).
+OSErr RzOSCheckReplaceable(const char* path);
+
+// A temporary file being written; owned by the caller until it is committed
+// or discarded.
+struct RzOSTempFile;
+
+// Creates a new, empty file `<folder>/<prefix>` followed by six letters or
+// digits that make the name unique. It is created exclusively (never an
+// existing file) and held locked while it is open, so that
+// RzOSRemoveAbandonedTempFiles leaves it alone. With `like` (an existing
+// file) it is created readable by its owner only and then takes what `like`
+// has: its owner where this process may set it (the group alone, or nothing,
+// where it may not), its permission bits, and its extended attributes (access
+// control lists and Finder information among them; an attribute the system
+// does not let this process set is left out). Without `like` it gets the
+// permissions a new file gets (0666 less the umask, and the folder's default
+// access control list). Returns the mapped errno of a failure, and then
+// leaves nothing behind; dskFulErr when the file system is full.
+OSErr RzOSCreateTempFile(const char* folder, const char* prefix, const char* like,
+                         RzOSTempFile*& temp);
+
+// Appends `n` bytes. The mapped errno of a failed write (dskFulErr for a full
+// file system).
+OSErr RzOSWriteTempFile(RzOSTempFile* temp, const void* bytes, size_t n);
+
+// Flushes the file's contents and attributes to the disk (fsync) and closes
+// it; errors of the flush and of the close (which reports a network file
+// system's failed writes) are returned mapped.
+OSErr RzOSSyncTempFile(RzOSTempFile* temp);
+
+// Renames the flushed temporary file over `target` in one step (rename), and
+// releases `temp` on success; on failure `temp` stays the caller's.
+OSErr RzOSCommitTempFile(RzOSTempFile* temp, const char* target);
+
+// Closes (if still open) and removes the temporary file, and releases `temp`.
+void RzOSDiscardTempFile(RzOSTempFile* temp);
+
+// Flushes the folder's entries to the disk, so that a rename in it survives a
+// power failure. noErr also where the file system cannot flush folders, or
+// the folder cannot be opened to be flushed.
+OSErr RzOSSyncFolder(const char* folder);
+
+// Removes the files `<folder>/<prefix>` + six letters or digits that
+// RzOSCreateTempFile made for a process that ended before it committed or
+// discarded them (their lock is free). Files still being written are kept.
+void RzOSRemoveAbandonedTempFiles(const char* folder, const char* prefix);
+
+// Flushes a C stream's buffer and then the file's contents to the disk
+// (fflush, fsync). The mapped errno of a failure.
+OSErr RzOSSyncStream(FILE* stream);
+
+// --- Walking folders -------------------------------------------------------------
+//
+// A folder is listed through its own descriptor: its entries are read whole
+// when it is opened, and each item, and each sub-folder opened from it, is
+// looked up relative to that descriptor, so that no path is resolved again per
+// item.
+
+// An open folder being listed.
+struct RzOSFolder;
+
+// Opens the folder at `path` (links followed) and reads its entries.
+// permErr when it may not be read, errFSNotAFolder when `path` names a file,
+// the mapped errno otherwise.
+OSErr RzOSOpenFolder(const char* path, RzOSFolder*& folder);
+
+// Opens the entry `name` of an open folder as a folder (a symbolic link is not
+// followed: errFSNotAFolder) and reads its entries. permErr when it may not be
+// read, fnfErr when it is gone.
+OSErr RzOSOpenSubFolder(RzOSFolder* parent, const char* name, RzOSFolder*& folder);
+
+// Closes the folder and releases it.
+void RzOSCloseFolder(RzOSFolder* folder);
+
+// The name of the folder's next entry in the order the system lists them
+// ("." and ".." left out), or null after the last. Valid until the folder is
+// closed; it becomes the entry RzOSFolderItemInfo describes.
+const char* RzOSNextFolderEntry(RzOSFolder* folder);
+
+// What a folder listing knows about an item.
+struct RzOSItemInfo {
+    bool isFolder;
+    bool isLink;       // a symbolic link, described by what it points to
+    uint64_t size;     // bytes of data
+    int64_t modified;  // seconds since 1970-01-01 00:00:00 UTC
+    int64_t created;   // the same, when hasCreated
+    bool hasCreated;   // the file system records when the item was made
+    bool finderRead;   // files: the Finder information could be read
+    uint32_t type;     // Finder type and creator when finderRead (0 when
+    uint32_t creator;  //   none is recorded), else 0
+};
+
+// The entry RzOSNextFolderEntry returned last. A symbolic link is described
+// by what it points to; a folder listed as one has only isFolder set. For a
+// file, Finder type and creator are what RzOSReadFinderInfo reads for it.
+// fnfErr when the item is gone (a link to nothing included), the mapped errno
+// when it cannot be looked up.
+OSErr RzOSFolderItemInfo(RzOSFolder* folder, RzOSItemInfo& info);
+
 // --- The desktop ---------------------------------------------------------------
 //
 // What a program without a window of its own gets from the user's desktop,
@@ -303,12 +424,5 @@ void RzOSReportUserActivity();
 // Whether the desktop's accessibility settings ask for high contrast; false
 // when it has none or cannot be asked in time.
 bool RzOSDesktopHighContrast();
-
-// Replaces the file at `path` with `n` bytes so that a crash at any moment
-// leaves either the old or the new contents: they go to a new file in the same
-// folder, which is flushed to disk and renamed over `path`; then the folder
-// is flushed. The new file has mode 0666 less the umask. noErr, or the mapped
-// errno of the step that failed (nothing is left behind then).
-OSErr RzOSReplaceFile(const char* path, const void* bytes, size_t n);
 
 #endif

@@ -14,8 +14,11 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <dirent.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
+#include <sys/random.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -27,9 +30,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -59,6 +65,25 @@ std::mutex gFolderLock;
 std::vector<Folder> gFolders;  // ID kFirstFolderID + i
 std::map<std::pair<dev_t, ino_t>, int32_t> gFolderIDs;
 const int32_t kFirstFolderID = 16;  // below: reserved, as on the Mac
+
+// --- Attribute calls relative to a folder ----------------------------------
+//
+// Process-wide: whether the kernel has getxattrat and listxattrat (Linux 6.13
+// and later). Starts true where the calls are known; set false for good by
+// FolderItem the first time one of them reports that it does not exist (or
+// is refused by a system call filter), after which attributes of listed items
+// are read by path.
+#if !defined(SYS_listxattrat) &&                                                                  \
+    ((defined(__x86_64__) && !defined(__ILP32__)) || defined(__i386__) || defined(__aarch64__) || \
+     defined(__arm__) || defined(__riscv) || defined(__loongarch__))
+#define SYS_getxattrat 464  // the same number on every architecture listed
+#define SYS_listxattrat 465
+#endif
+#ifdef SYS_listxattrat
+std::atomic<bool> gXattrAtCalls{true};
+#else
+std::atomic<bool> gXattrAtCalls{false};
+#endif
 
 // --- The X display -----------------------------------------------------------
 //
@@ -244,9 +269,9 @@ std::string SidecarPath(const std::string& path) {
     return folder.empty() ? "._" + name : RzPathJoin(folder, "._" + name);
 }
 
-// The Finder information of a "._" file, if it has a valid one.
-bool ReadSidecar(Stores& s) {
-    int fd = open(s.sidecarPath.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+// The Finder information of a "._" file open as `fd` (closed here), if it has
+// a valid one.
+bool ReadSidecar(Stores& s, int fd) {
     if (fd < 0) return false;
     bool ok = false;
     struct stat st;
@@ -266,15 +291,32 @@ bool ReadSidecar(Stores& s) {
     return ok;
 }
 
+// An item whose stores are reached by its path (links followed).
+struct PathItem {
+    const char* path;
+    AttrResult Attr(const char* name, unsigned char* buffer, size_t size, size_t* got, int* err) {
+        return ReadAttr(path, name, buffer, size, got, err);
+    }
+    // The "._" file open for reading, or -1; its path is kept for writing.
+    int OpenSidecar(Stores& s) {
+        s.sidecarPath = SidecarPath(path);
+        return s.sidecarPath.empty()
+                   ? -1
+                   : open(s.sidecarPath.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    }
+};
+
 // Reads the stores in order; `fi` gets the first valid one's Finder
 // information (all zero when none has any). A plain read stops at the first
 // valid store; `all` reads every one, so that a write can update each that
-// exists. Returns noErr or the error that stopped reading.
-OSErr ReadStores(const char* path, Stores& s, unsigned char* fi, bool all) {
+// exists. Returns noErr or the error that stopped reading. `item` reads the
+// attributes and opens the "._" file (PathItem, or a folder listing's item).
+template <class Item>
+OSErr ReadStores(Item& item, Stores& s, unsigned char* fi, bool all) {
     memset(fi, 0, kRzFinderInfoSize);
     size_t got = 0;
     int err = 0;
-    AttrResult r = ReadAttr(path, kMetadataName, s.metadata, sizeof s.metadata, &got, &err);
+    AttrResult r = item.Attr(kMetadataName, s.metadata, sizeof s.metadata, &got, &err);
     if (r == kAttrUnsupported) {
         s.attrsSupported = false;
     } else if (r == kAttrError) {
@@ -286,16 +328,15 @@ OSErr ReadStores(const char* path, Stores& s, unsigned char* fi, bool all) {
             RzMetadataGetFinderInfo(s.metadata, kRzMetadataSize, fi);
             return noErr;
         }
-        r = ReadAttr(path, kAfpStreamName, s.stream, sizeof s.stream, &got, &err);
+        r = item.Attr(kAfpStreamName, s.stream, sizeof s.stream, &got, &err);
         if (r == kAttrError) return RzOSErrFromErrno(err);
         s.streamSize = got;
         s.streamValid = r == kAttrFound && RzAfpInfoGetFinderInfo(s.stream, got, nullptr);
-        r = ReadAttr(path, kFinderInfoName, s.apple, sizeof s.apple, &got, &err);
+        r = item.Attr(kFinderInfoName, s.apple, sizeof s.apple, &got, &err);
         if (r == kAttrError) return RzOSErrFromErrno(err);
         s.appleValid = r == kAttrFound && got == kRzFinderInfoSize;
     }
-    s.sidecarPath = SidecarPath(path);
-    s.sidecarValid = !s.sidecarPath.empty() && ReadSidecar(s);
+    s.sidecarValid = ReadSidecar(s, item.OpenSidecar(s));
 
     if (s.metadataValid)
         RzMetadataGetFinderInfo(s.metadata, kRzMetadataSize, fi);
@@ -361,7 +402,8 @@ OSErr WriteStores(const char* path, const struct stat& st, Stores& s, const unsi
 OSErr ReadItem(const char* path, struct stat& st, Stores& s, unsigned char* fi, bool all) {
     if (!path) return paramErr;
     if (stat(path, &st) != 0) return RzOSErrFromErrno(errno);
-    return ReadStores(path, s, fi, all);
+    PathItem item{path};
+    return ReadStores(item, s, fi, all);
 }
 
 // Read-modify-write of the Finder information through `change`.
@@ -1453,6 +1495,458 @@ OSErr RzOSCreateDirectory(const FSRef& parent, const char* name) {
     return noErr;
 }
 
+// --- Saving files safely ----------------------------------------------------------
+
+struct RzOSTempFile {
+    int fd;  // open and locked (flock) until committed or discarded
+    std::string path;
+};
+
+namespace {
+
+const size_t kUniqueLength = 6;
+
+// Six letters or digits from the system's random source (the clock and the
+// process ID where it has none; a name that is taken is simply drawn again).
+void FillUnique(char* out) {
+    static const char kChars[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+    unsigned char bytes[kUniqueLength];
+    if (getrandom(bytes, sizeof bytes, GRND_NONBLOCK) != static_cast<ssize_t>(sizeof bytes)) {
+        struct timespec now;
+        clock_gettime(CLOCK_MONOTONIC, &now);
+        uint64_t x = static_cast<uint64_t>(now.tv_nsec) ^ static_cast<uint64_t>(now.tv_sec) << 30 ^
+                     static_cast<uint64_t>(getpid()) << 40;
+        for (unsigned char& b : bytes) {
+            x = x * 6364136223846793005u + 1442695040888963407u;
+            b = static_cast<unsigned char>(x >> 56);
+        }
+    }
+    for (size_t i = 0; i < kUniqueLength; ++i) out[i] = kChars[bytes[i] % 62];
+}
+
+bool IsUniqueSuffix(const char* p) {
+    for (size_t i = 0; i < kUniqueLength; ++i) {
+        const char c = p[i];
+        if (!((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9')))
+            return false;
+    }
+    return p[kUniqueLength] == 0;
+}
+
+// Whether the open file `fd` is the one named `name` in folder `dirfd`.
+bool NamesFile(int fd, int dirfd, const char* name) {
+    struct stat open, named;
+    return fstat(fd, &open) == 0 && fstatat(dirfd, name, &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+           open.st_dev == named.st_dev && open.st_ino == named.st_ino;
+}
+
+// Gives the new file `fd` what `like` (whose stat is `old`) has: owner,
+// extended attributes, permission bits, in this order (a change of owner
+// clears the set-ID bits, and user attributes are set while the new file is
+// still writable). Attributes the system does not let this process set are
+// left out; running out of room is an error.
+OSErr TakeAttributes(int fd, const char* like, const struct stat& old) {
+    struct stat now;
+    if (fstat(fd, &now) != 0) return RzOSErrFromErrno(errno);
+    if (now.st_uid != old.st_uid || now.st_gid != old.st_gid) {
+        // Where the owner may not be given away the group alone may be; where
+        // neither may, the file stays this process's, as any file it makes.
+        const bool given = fchown(fd, old.st_uid, old.st_gid) == 0 ||
+                           fchown(fd, static_cast<uid_t>(-1), old.st_gid) == 0;
+        (void)given;
+    }
+
+    std::vector<char> names;
+    for (ssize_t size = listxattr(like, nullptr, 0); size > 0; size = listxattr(like, nullptr, 0)) {
+        names.resize(static_cast<size_t>(size));
+        const ssize_t got = listxattr(like, names.data(), names.size());
+        if (got >= 0) {
+            names.resize(static_cast<size_t>(got));
+            break;
+        }
+        names.clear();
+        if (errno != ERANGE) break;  // changed meanwhile: ask for the size again
+    }
+    std::vector<char> value;
+    for (size_t at = 0; at < names.size(); at += strlen(&names[at]) + 1) {
+        const char* name = &names[at];
+        ssize_t size = getxattr(like, name, nullptr, 0);
+        if (size < 0) continue;
+        value.resize(static_cast<size_t>(size) + 1);
+        size = getxattr(like, name, value.data(), value.size());
+        if (size < 0) continue;
+        if (fsetxattr(fd, name, value.data(), static_cast<size_t>(size), 0) != 0 &&
+            (errno == ENOSPC || errno == EDQUOT || errno == EIO))
+            return RzOSErrFromErrno(errno);
+    }
+    if (fchmod(fd, old.st_mode & 07777) != 0) return RzOSErrFromErrno(errno);
+    return noErr;
+}
+
+}  // namespace
+
+OSErr RzOSWriteTarget(const char* path, RzString& target) {
+    if (!path) return paramErr;
+    std::string current = path;
+    for (int links = 0;; ++links) {
+        struct stat st;
+        if (lstat(current.c_str(), &st) != 0 || !S_ISLNK(st.st_mode)) break;
+        if (links == 40) return fnfErr;  // as ELOOP
+        std::vector<char> buffer(static_cast<size_t>(st.st_size > 0 ? st.st_size : PATH_MAX) + 1);
+        const ssize_t n = readlink(current.c_str(), buffer.data(), buffer.size());
+        if (n < 0 || static_cast<size_t>(n) >= buffer.size()) break;  // changed meanwhile
+        const std::string link(buffer.data(), static_cast<size_t>(n));
+        const std::string folder = RzPathFolder(current);
+        current = link[0] == '/' || folder.empty() ? link : RzPathJoin(folder, link);
+    }
+    target = FromStd(current);
+    return noErr;
+}
+
+OSErr RzOSCheckReplaceable(const char* path) {
+    if (!path) return paramErr;
+    struct stat st;
+    if (stat(path, &st) != 0) return RzOSErrFromErrno(errno);
+    if (!S_ISREG(st.st_mode)) return notAFileErr;
+    if (faccessat(AT_FDCWD, path, W_OK, AT_EACCESS) != 0) return RzOSErrFromErrno(errno);
+    return noErr;
+}
+
+OSErr RzOSCreateTempFile(const char* folder, const char* prefix, const char* like,
+                         RzOSTempFile*& temp) {
+    temp = nullptr;
+    if (!folder || !prefix) return paramErr;
+    struct stat old;
+    if (like && stat(like, &old) != 0) return RzOSErrFromErrno(errno);
+    std::string path =
+        RzPathJoin(folder[0] ? folder : ".", prefix) + std::string(kUniqueLength, 'X');
+    char* unique = &path[path.size() - kUniqueLength];
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        FillUnique(unique);
+        // Owner-only while it is being made: the old file's permissions
+        // arrive with its other attributes. A new file is created as fopen
+        // creates one.
+        const int fd =
+            open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, like ? 0600 : 0666);
+        if (fd < 0) {
+            if (errno == EEXIST) continue;
+            return RzOSErrFromErrno(errno);
+        }
+        // Locked first, then checked to be still in place: a cleaner that
+        // took the lock before us has removed the name. Where the file
+        // system has no locks, no cleaner can take one either.
+        int locked;
+        while ((locked = flock(fd, LOCK_EX)) != 0 && errno == EINTR) {
+        }
+        if (locked == 0 && !NamesFile(fd, AT_FDCWD, path.c_str())) {
+            close(fd);
+            continue;
+        }
+        std::unique_ptr<RzOSTempFile> made(new RzOSTempFile{fd, path});
+        if (like) {
+            const OSErr err = TakeAttributes(fd, like, old);
+            if (err != noErr) {
+                RzOSDiscardTempFile(made.release());
+                return err;
+            }
+        }
+        temp = made.release();
+        return noErr;
+    }
+    return dupFNErr;
+}
+
+OSErr RzOSWriteTempFile(RzOSTempFile* temp, const void* bytes, size_t n) {
+    const char* p = static_cast<const char*>(bytes);
+    while (n > 0) {
+        const ssize_t written = write(temp->fd, p, n < (size_t(1) << 30) ? n : size_t(1) << 30);
+        if (written < 0) {
+            if (errno == EINTR) continue;
+            return RzOSErrFromErrno(errno);
+        }
+        p += written;
+        n -= static_cast<size_t>(written);
+    }
+    return noErr;
+}
+
+OSErr RzOSSyncTempFile(RzOSTempFile* temp) {
+    // The file stays open (and locked) until it is renamed into place, so that
+    // no cleaner mistakes it for an abandoned one.
+    return fsync(temp->fd) == 0 ? static_cast<OSErr>(noErr) : RzOSErrFromErrno(errno);
+}
+
+OSErr RzOSCommitTempFile(RzOSTempFile* temp, const char* target) {
+    if (rename(temp->path.c_str(), target) != 0) return RzOSErrFromErrno(errno);
+    close(temp->fd);
+    delete temp;
+    return noErr;
+}
+
+void RzOSDiscardTempFile(RzOSTempFile* temp) {
+    if (!temp) return;
+    unlink(temp->path.c_str());  // before the lock goes with the descriptor
+    close(temp->fd);
+    delete temp;
+}
+
+OSErr RzOSSyncFolder(const char* folder) {
+    const int fd = open(folder && folder[0] ? folder : ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return noErr;
+    OSErr err = noErr;
+    if (fsync(fd) != 0 && errno != EINVAL && errno != EROFS && errno != ENOTSUP)
+        err = RzOSErrFromErrno(errno);
+    close(fd);
+    return err;
+}
+
+void RzOSRemoveAbandonedTempFiles(const char* folder, const char* prefix) {
+    DIR* dir = opendir(folder && folder[0] ? folder : ".");
+    if (!dir) return;
+    const size_t n = strlen(prefix);
+    while (struct dirent* entry = readdir(dir)) {
+        const char* name = entry->d_name;
+        if (strncmp(name, prefix, n) != 0 || !IsUniqueSuffix(name + n)) continue;
+        const int fd = openat(dirfd(dir), name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+        if (fd < 0) continue;
+        // A free lock means the process that made the file is gone; the name
+        // must still be this file (not one made since by another save).
+        struct stat st;
+        if (flock(fd, LOCK_EX | LOCK_NB) == 0 && fstat(fd, &st) == 0 && S_ISREG(st.st_mode) &&
+            NamesFile(fd, dirfd(dir), name))
+            unlinkat(dirfd(dir), name, 0);
+        close(fd);
+    }
+    closedir(dir);
+}
+
+OSErr RzOSSyncStream(FILE* stream) {
+    if (fflush(stream) != 0) return RzOSErrFromErrno(errno);
+    // Devices and pipes cannot be flushed to a disk; that is no failure.
+    if (fsync(fileno(stream)) != 0 && errno != EINVAL && errno != EROFS && errno != ENOTSUP)
+        return RzOSErrFromErrno(errno);
+    return noErr;
+}
+
+// --- Walking folders -------------------------------------------------------------
+
+struct RzOSFolder {
+    int fd;
+    std::string path;                 // for attribute calls by path
+    std::unique_ptr<char[]> entries;  // the folder's getdents64 records
+    size_t size = 0;                  // bytes of records
+    size_t next = 0;                  // offset of the next record
+    const struct dirent64* current = nullptr;
+    std::unordered_set<std::string> sidecars;  // names of its "._" files
+};
+
+namespace {
+
+// Reads all of a folder's entries; takes over `fd`.
+OSErr ListFolder(int fd, std::string path, RzOSFolder*& folder) {
+    std::unique_ptr<RzOSFolder> f(new RzOSFolder);
+    f->fd = fd;
+    f->path = std::move(path);
+    size_t capacity = 16384;
+    f->entries.reset(new char[capacity]);
+    for (;;) {
+        if (capacity - f->size < 4096) {
+            std::unique_ptr<char[]> bigger(new char[capacity * 2]);
+            memcpy(bigger.get(), f->entries.get(), f->size);
+            f->entries = std::move(bigger);
+            capacity *= 2;
+        }
+        const ssize_t n = getdents64(fd, f->entries.get() + f->size, capacity - f->size);
+        if (n == 0) break;
+        if (n < 0) {
+            const int err = errno;
+            close(fd);
+            return err == EACCES ? static_cast<OSErr>(permErr) : RzOSErrFromErrno(err);
+        }
+        f->size += static_cast<size_t>(n);
+    }
+    for (size_t at = 0; at < f->size;) {
+        const struct dirent64* e = reinterpret_cast<const struct dirent64*>(f->entries.get() + at);
+        if (e->d_name[0] == '.' && e->d_name[1] == '_') f->sidecars.insert(e->d_name + 2);
+        at += e->d_reclen;
+    }
+    folder = f.release();
+    return noErr;
+}
+
+OSErr OpenFolderError(int err) {
+    if (err == ENOTDIR || err == ELOOP) return errFSNotAFolder;
+    return RzOSErrFromErrno(err);
+}
+
+// An item of an open folder whose Finder information stores are read
+// (ReadStores) relative to the folder's descriptor. One listing of the
+// item's attribute names spares the reads of the stores it does not have,
+// which are most files' all.
+struct FolderItem {
+    FolderItem(RzOSFolder* f, const char* n) : folder(f), name(n) {}
+    RzOSFolder* folder;
+    const char* name;
+    bool listed = false;
+    bool haveNames = false;
+    AttrResult listResult = kAttrFound;
+    int listErr = 0;
+    ssize_t namesSize = 0;
+    char names[4096];
+
+    std::string Path() const { return RzPathJoin(folder->path, name); }
+
+    void List() {
+        listed = true;
+        ssize_t n = -1;
+#ifdef SYS_listxattrat
+        if (gXattrAtCalls.load(std::memory_order_relaxed)) {
+            n = syscall(SYS_listxattrat, folder->fd, name, 0, names, sizeof names);
+            if (n < 0 && (errno == ENOSYS || errno == EPERM))
+                gXattrAtCalls.store(false, std::memory_order_relaxed);
+        }
+#endif
+        if (!gXattrAtCalls.load(std::memory_order_relaxed))
+            n = listxattr(Path().c_str(), names, sizeof names);
+        if (n >= 0) {
+            haveNames = true;
+            namesSize = n;
+        } else if (errno == ENOTSUP) {
+            listResult = kAttrUnsupported;
+        } else if (errno != ERANGE) {  // too many names to list: each is read
+            listResult = kAttrError;
+            listErr = errno;
+        }
+    }
+
+    bool Holds(const char* attr) const {
+        const size_t n = strlen(attr) + 1;
+        for (ssize_t at = 0; at < namesSize;) {
+            const size_t len = strnlen(names + at, static_cast<size_t>(namesSize - at)) + 1;
+            if (len == n && memcmp(names + at, attr, n) == 0) return true;
+            at += static_cast<ssize_t>(len);
+        }
+        return false;
+    }
+
+    AttrResult Attr(const char* attr, unsigned char* buffer, size_t size, size_t* got, int* err) {
+        if (!listed) List();
+        if (listResult != kAttrFound) {
+            *err = listResult == kAttrUnsupported ? ENOTSUP : listErr;
+            return listResult;
+        }
+        if (haveNames && !Holds(attr)) {
+            *err = ENODATA;
+            return kAttrAbsent;
+        }
+#ifdef SYS_getxattrat
+        if (gXattrAtCalls.load(std::memory_order_relaxed)) {
+            struct {
+                uint64_t value;
+                uint32_t size;
+                uint32_t flags;
+            } args = {reinterpret_cast<uintptr_t>(buffer), static_cast<uint32_t>(size), 0};
+            const ssize_t n =
+                syscall(SYS_getxattrat, folder->fd, name, 0, attr, &args, sizeof args);
+            if (n >= 0) {
+                *got = static_cast<size_t>(n);
+                return kAttrFound;
+            }
+            *err = errno;
+            if (errno == ENODATA) return kAttrAbsent;
+            if (errno == ENOTSUP) return kAttrUnsupported;
+            if (errno == ERANGE) return kAttrTooLarge;
+            if (errno != ENOSYS && errno != EPERM) return kAttrError;
+            gXattrAtCalls.store(false, std::memory_order_relaxed);
+        }
+#endif
+        return ReadAttr(Path().c_str(), attr, buffer, size, got, err);
+    }
+
+    int OpenSidecar(Stores&) {
+        if (folder->sidecars.empty() || !folder->sidecars.count(name)) return -1;
+        return openat(folder->fd, (std::string("._") + name).c_str(),
+                      O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    }
+};
+
+}  // namespace
+
+OSErr RzOSOpenFolder(const char* path, RzOSFolder*& folder) {
+    folder = nullptr;
+    if (!path) return paramErr;
+    const int fd = open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return OpenFolderError(errno);
+    std::string resolved = path;
+    RzPathTrimSlashes(resolved);
+    return ListFolder(fd, resolved, folder);
+}
+
+OSErr RzOSOpenSubFolder(RzOSFolder* parent, const char* name, RzOSFolder*& folder) {
+    folder = nullptr;
+    const int fd = openat(parent->fd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0) return OpenFolderError(errno);
+    return ListFolder(fd, RzPathJoin(parent->path, name), folder);
+}
+
+void RzOSCloseFolder(RzOSFolder* folder) {
+    if (!folder) return;
+    close(folder->fd);
+    delete folder;
+}
+
+const char* RzOSNextFolderEntry(RzOSFolder* folder) {
+    while (folder->next < folder->size) {
+        const struct dirent64* e =
+            reinterpret_cast<const struct dirent64*>(folder->entries.get() + folder->next);
+        folder->next += e->d_reclen;
+        const char* n = e->d_name;
+        if (n[0] == '.' && (n[1] == 0 || (n[1] == '.' && n[2] == 0))) continue;
+        folder->current = e;
+        return n;
+    }
+    folder->current = nullptr;
+    return nullptr;
+}
+
+OSErr RzOSFolderItemInfo(RzOSFolder* folder, RzOSItemInfo& info) {
+    info = RzOSItemInfo();
+    const struct dirent64* e = folder->current;
+    if (!e) return paramErr;
+    // A folder needs nothing beyond what the listing says.
+    if (e->d_type == DT_DIR) {
+        info.isFolder = true;
+        return noErr;
+    }
+    const unsigned mask = STATX_TYPE | STATX_SIZE | STATX_MTIME | STATX_BTIME;
+    struct statx sx;
+    if (statx(folder->fd, e->d_name, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, mask, &sx) != 0)
+        return RzOSErrFromErrno(errno);
+    if (S_ISLNK(sx.stx_mode)) {
+        info.isLink = true;
+        if (statx(folder->fd, e->d_name, AT_NO_AUTOMOUNT, mask, &sx) != 0)
+            return RzOSErrFromErrno(errno);
+    }
+    info.isFolder = S_ISDIR(sx.stx_mode);
+    info.size = sx.stx_size;
+    info.modified = sx.stx_mtime.tv_sec;
+    info.hasCreated = (sx.stx_mask & STATX_BTIME) != 0;
+    info.created = info.hasCreated ? static_cast<int64_t>(sx.stx_btime.tv_sec) : 0;
+    if (info.isFolder) return noErr;
+
+    FolderItem item(folder, e->d_name);
+    Stores s;
+    unsigned char fi[kRzFinderInfoSize];
+    const OSErr err = ReadStores(item, s, fi, false);
+    if (err == fnfErr) return err;  // gone since it was looked up
+    info.finderRead = err == noErr;
+    if (info.finderRead) {
+        info.type = RzFinderInfoType(fi);
+        info.creator = RzFinderInfoCreator(fi);
+    }
+    return noErr;
+}
+
 // --- The desktop ---------------------------------------------------------------
 
 bool RzOSClipboardPut(const char* bytes, size_t n) {
@@ -1562,44 +2056,4 @@ bool RzOSDesktopHighContrast() {
                       {gsettings, "get", "org.gnome.desktop.a11y.interface", "high-contrast"},
                       nullptr, &out) &&
            out.compare(0, 4, "true") == 0;
-}
-
-OSErr RzOSReplaceFile(const char* path, const void* bytes, size_t n) {
-    if (!path || !*path) return paramErr;
-    const std::string target = path;
-    // A name of its own beside the file, created exclusively (with the mode
-    // any new file gets) and never an existing one.
-    static unsigned attempt = 0;
-    std::string temp;
-    int fd = -1;
-    for (int tries = 0; fd < 0 && tries < 100; ++tries) {
-        temp = target + "." + std::to_string(getpid()) + "-" + std::to_string(++attempt) + ".new";
-        fd = open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (fd < 0 && errno != EEXIST) break;
-    }
-    if (fd < 0) return RzOSErrFromErrno(errno);
-    int err = 0;
-    const char* p = static_cast<const char*>(bytes);
-    for (size_t done = 0; err == 0 && done < n;) {
-        const ssize_t w = write(fd, p + done, n - done);
-        if (w > 0)
-            done += static_cast<size_t>(w);
-        else if (w < 0 && errno != EINTR)
-            err = errno;
-    }
-    if (err == 0 && fsync(fd) != 0) err = errno;
-    if (close(fd) != 0 && err == 0) err = errno;
-    if (err == 0 && rename(temp.c_str(), target.c_str()) != 0) err = errno;
-    if (err != 0) {
-        unlink(temp.c_str());
-        return RzOSErrFromErrno(err);
-    }
-    // The rename itself reaches the disk with the folder.
-    const std::string folder = RzPathFolder(target);
-    const int dir = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (dir >= 0) {
-        fsync(dir);
-        close(dir);
-    }
-    return noErr;
 }

@@ -1,15 +1,12 @@
 // The desktop calls of the operating-system seam with stand-in clipboard
-// programs (the real ones are checked by tests/interop/desktop_*.sh), and
-// replacing a file whole.
+// programs (the real ones are checked by tests/interop/desktop_*.sh).
 #include <Rz/internal/RzOS.h>
 
-#include <dirent.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -279,43 +276,6 @@ TEST(RzOSDesktop, HighContrastFromGsettings) {
         stubs.Add("gsettings", c.script);
         EXPECT_EQ(RzOSDesktopHighContrast(), c.high) << c.script;
     }
-}
-
-std::vector<std::string> Names(const std::string& folder) {
-    std::vector<std::string> names;
-    if (DIR* d = opendir(folder.c_str())) {
-        while (struct dirent* e = readdir(d))
-            if (e->d_name[0] != '.') names.push_back(e->d_name);
-        closedir(d);
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-TEST(RzOSDesktop, ReplaceFileLeavesTheOldOrTheNewContents) {
-    RzTempDir t;
-    const std::string file = t / "settings";
-    const std::string data("new\0contents\n", 13);
-    ASSERT_EQ(RzOSReplaceFile(file.c_str(), data.data(), data.size()), noErr);
-    EXPECT_EQ(FileText(file), data);
-    RzPutFile(file, "old");
-    struct stat before, after;
-    stat(file.c_str(), &before);
-    ASSERT_EQ(RzOSReplaceFile(file.c_str(), "", 0), noErr);
-    stat(file.c_str(), &after);
-    EXPECT_EQ(FileText(file), "");
-    EXPECT_NE(before.st_ino, after.st_ino) << "a new file, renamed over the old one";
-    const mode_t mask = umask(0);
-    umask(mask);
-    EXPECT_EQ(after.st_mode & 0777, 0666 & ~mask);
-    EXPECT_EQ(Names(t.path()), std::vector<std::string>{"settings"});
-
-    EXPECT_EQ(RzOSReplaceFile((t / "missing/settings").c_str(), "x", 1), fnfErr);
-    mkdir((t / "folder").c_str(), 0700);
-    EXPECT_EQ(RzOSReplaceFile((t / "folder").c_str(), "x", 1), notAFileErr);
-    EXPECT_EQ(RzOSReplaceFile(nullptr, "x", 1), paramErr);
-    EXPECT_EQ(Names(t.path()), (std::vector<std::string>{"folder", "settings"}))
-        << "nothing left behind by the failures";
 }
 
 }  // namespace

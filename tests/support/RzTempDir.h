@@ -4,6 +4,7 @@
 #ifndef RZ_TESTS_SUPPORT_RZTEMPDIR_H
 #define RZ_TESTS_SUPPORT_RZTEMPDIR_H
 
+#include <dirent.h>
 #include <errno.h>
 #include <ftw.h>
 #include <stdio.h>
@@ -58,6 +59,27 @@ inline bool RzPutFile(const std::string& path, const std::string& bytes = "x") {
     return f && fclose(f) == 0 && written;
 }
 
+// Makes folders (names ending in '/') and files holding `text` in `t`.
+inline void MakeFiles(const RzTempDir& t, const std::vector<std::string>& names,
+                      const std::string& text = "x") {
+    for (const std::string& name : names)
+        name.back() == '/' ? mkdir((t / name).c_str(), 0755) : RzPutFile(t / name, text);
+}
+
+// The names in `folder` that start with `prefix`, "." and ".." left out.
+inline std::vector<std::string> FolderNames(const std::string& folder,
+                                            const std::string& prefix = "") {
+    std::vector<std::string> names;
+    if (DIR* dir = opendir(folder.c_str())) {
+        while (struct dirent* e = readdir(dir))
+            if (std::string(e->d_name).rfind(prefix, 0) == 0 && strcmp(e->d_name, ".") != 0 &&
+                strcmp(e->d_name, "..") != 0)
+                names.push_back(e->d_name);
+        closedir(dir);
+    }
+    return names;
+}
+
 // A ramfs mounted in a fresh temporary folder: a file system without user
 // extended attributes. Mounting needs root; `reason` says why it failed.
 struct NoXattrMount {
@@ -69,6 +91,24 @@ struct NoXattrMount {
     ~NoXattrMount() {
         if (mounted) umount2(point.c_str(), MNT_DETACH);
     }
+    RzTempDir dir;
+    std::string point, reason;
+    bool mounted;
+};
+
+// A small tmpfs mounted in a fresh temporary folder, with mount `options`
+// ("size=64k", "nr_inodes=8", ...): a file system that fills up. Mounting
+// needs root; `reason` says why it failed.
+struct TmpfsMount {
+    explicit TmpfsMount(const std::string& options) : point(dir / "tmpfs") {
+        mounted = mkdir(point.c_str(), 0700) == 0 &&
+                  mount("tmpfs", point.c_str(), "tmpfs", 0, ("mode=0755," + options).c_str()) == 0;
+        if (!mounted) reason = std::string("cannot mount tmpfs (needs root): ") + strerror(errno);
+    }
+    ~TmpfsMount() {
+        if (mounted) umount2(point.c_str(), MNT_DETACH);
+    }
+    std::string operator/(const std::string& name) const { return point + "/" + name; }
     RzTempDir dir;
     std::string point, reason;
     bool mounted;
