@@ -53,19 +53,20 @@ struct FakeClock {
 TEST(RzSystemDesktop, OwnClipboardWithoutADesktop) {
     const struct {
         const char* what;
-        bool display;  // a display, but no program to reach its clipboard
+        const char* display;  // a display without a program to reach its clipboard
         std::string text;
     } cases[] = {
-        {"text", false, "plain text"},
-        {"zero bytes", false, std::string("a\0b\0", 4)},
-        {"empty", false, ""},
-        {"large", false, std::string(1 << 20, '\xAB')},
-        {"display without programs", true, "no programs"},
+        {"text", nullptr, "plain text"},
+        {"zero bytes", nullptr, std::string("a\0b\0", 4)},
+        {"empty", nullptr, ""},
+        {"large", nullptr, std::string(1 << 20, '\xAB')},
+        {"X11 without programs", "DISPLAY", "no xclip"},
+        {"Wayland without programs", "WAYLAND_DISPLAY", "no wl-copy"},
     };
     for (const auto& c : cases) {
         NoDisplay none;
         RzStubPrograms empty;  // PATH without any program
-        if (c.display) none.env.Set("DISPLAY", ":9");
+        if (c.display) none.env.Set(c.display, "9");
         RzSystem::CopyToClipboard(
             RzString(c.text.data(), static_cast<int32_t>(c.text.size()), false));
         EXPECT_TRUE(RzSystem::ClipboardHasData()) << c.what;

@@ -141,33 +141,6 @@ TEST(RzOSDesktop, ClipboardProgramsAndTheirArguments) {
     }
 }
 
-TEST(RzOSDesktop, NoClipboardWithoutADisplayOrAProgram) {
-    const struct {
-        const char *wayland, *display;
-        bool programs;
-    } cases[] = {
-        {nullptr, nullptr, true},  // no display
-        {"", "", true},            // empty counts as unset
-        {nullptr, ":9", false},    // no program
-        {"wl-9", nullptr, false},
-    };
-    for (const auto& c : cases) {
-        RzStubPrograms stubs;
-        stubs.env.Set("WAYLAND_DISPLAY", c.wayland);
-        stubs.env.Set("DISPLAY", c.display);
-        if (c.programs)
-            for (const char* name : {"xclip", "xsel", "wl-copy", "wl-paste"})
-                stubs.Add(name, "echo ran >\"$STUBS/ran\"");
-        RzString text("old");
-        bool has = true;
-        EXPECT_FALSE(RzOSClipboardPut("x", 1));
-        EXPECT_FALSE(RzOSClipboardGet(text));
-        EXPECT_FALSE(RzOSClipboardHasText(has));
-        EXPECT_EQ(Joined(Str(text), has), Joined("", false));
-        EXPECT_FALSE(RzOSItemExists((stubs.dir / "ran").c_str()));
-    }
-}
-
 // A program that fails, stalls, or leaves early: the caller gets an empty
 // clipboard in bounded time, and no process of it is left behind.
 TEST(RzOSDesktop, ClipboardProgramsThatMisbehave) {
@@ -243,22 +216,6 @@ TEST(RzOSDesktop, ClipboardUnderTheApplicationsSignalSettings) {
     RzOSClipboardGet(text);
     sigprocmask(SIG_SETMASK, &before, &after);
     EXPECT_TRUE(sigismember(&after, SIGPIPE));
-}
-
-// Without a display, a desktop bus or gsettings, the calls do nothing and
-// say so.
-TEST(RzOSDesktop, NoDesktopAtAll) {
-    RzStubPrograms stubs;
-    stubs.env.Set("WAYLAND_DISPLAY", nullptr);
-    stubs.env.Set("DISPLAY", nullptr);
-    stubs.env.Set("DBUS_SESSION_BUS_ADDRESS", nullptr);
-    uint8_t keys[16];
-    memset(keys, 0xFF, sizeof keys);
-    RzOSGetKeys(keys);
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(keys), 16), std::string(16, '\0'));
-    RzOSReportUserActivity();
-    EXPECT_FALSE(RzOSDesktopHighContrast());
-    EXPECT_FALSE(RzHasChildren());
 }
 
 TEST(RzOSDesktop, HighContrastFromGsettings) {
