@@ -207,6 +207,12 @@ const char* RzToolVersion() {
     return RZ_TOOL_VERSION;
 }
 
+std::vector<std::string> RzToolUsageLines() {
+    std::vector<std::string> lines;
+    for (const Command& c : kCommands) lines.push_back(c.usage);
+    return lines;
+}
+
 int RzToolRun(const std::vector<std::string>& args, RzToolIO& io) {
     std::string where = "rz";  // the prefix of error lines
     const Command* command = nullptr;

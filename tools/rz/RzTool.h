@@ -61,6 +61,9 @@ int RzToolRun(const std::vector<std::string>& args, RzToolIO& io);
 
 // The version the tool reports ("0.1.0").
 const char* RzToolVersion();
+// Every command's usage line ("rz db get FILE PATH [--int|--real|--bool]"),
+// as --help prints it.
+std::vector<std::string> RzToolUsageLines();
 
 // --- Error texts ----------------------------------------------------------------
 

@@ -37,7 +37,7 @@ struct Settings {
     std::string path;
     RzDataBase* db = new RzDataBase;
     bool protectedForm = false;
-    std::string ignoredFrom;  // "line:column", or "" when everything was read
+    std::string ignoredFrom;  // "line:column" of that brace, or "" when all was read
 
     Settings() = default;
     Settings(const Settings&) = delete;
@@ -92,8 +92,9 @@ void Read(Settings& s, bool missingIsEmpty) {
         throw RzToolFailure(s.path + ":" + Where(text, pos) + ": " + RzToolErrorText(e) +
                             (what ? std::string(": ") + what : std::string()));
     }
+    // Reading ends early only behind a closing brace at the top level.
     int32_t next = pos;
-    if (RzDataBase::GetNextChar(text, next) != 0) s.ignoredFrom = Where(text, next - 1);
+    if (RzDataBase::GetNextChar(text, next) != 0) s.ignoredFrom = Where(text, pos - 1);
 }
 
 // Entries of the tree, depth first, without recursion: visit(level, index).
@@ -131,8 +132,8 @@ std::string KeyThePlainFormLoses(RzDataBase& db) {
 void Save(Settings& s) {
     if (!s.ignoredFrom.empty())
         throw RzToolFailure(s.path + ":" + s.ignoredFrom +
-                            ": the text from here on is not read (it follows a closing brace); "
-                            "saving would drop it");
+                            ": reading ends at this closing brace, and saving would drop the "
+                            "text after it");
     if (!s.protectedForm) {
         const std::string key = KeyThePlainFormLoses(*s.db);
         if (!key.empty())
@@ -411,7 +412,7 @@ int RzToolDbCheck(const std::vector<std::string>& args, RzToolIO& io) {
            << (s.protectedForm ? "protected" : "plain") << " form\n";
     if (!s.ignoredFrom.empty())
         io.out << s.path << ":" << s.ignoredFrom
-               << ": warning: the text from here on follows a closing brace and is not read\n";
+               << ": warning: reading ends at this closing brace; the text after it is not read\n";
     return kRzToolDone;
 }
 
