@@ -37,6 +37,24 @@ size_t UTF8Step(const unsigned char* p, size_t i, size_t n, uint32_t& value, boo
     return j;
 }
 
+// How many of the eight bytes at p, from the first on, are 1 to 0x7F (at
+// least 1: the caller has checked the first).
+size_t AsciiRun(const unsigned char* p) {
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    uint64_t w;
+    memcpy(&w, p, 8);
+    const uint64_t high = 0x8080808080808080ull;
+    // The lowest marked byte is the first zero or high byte; marks above it
+    // may be wrong, and are not looked at.
+    const uint64_t marks = (w & high) | ((w - 0x0101010101010101ull) & ~w & high);
+    return marks ? static_cast<size_t>(__builtin_ctzll(marks)) / 8 : 8;
+#else
+    size_t run = 1;
+    while (run < 8 && p[run] - 1u < 0x7Fu) ++run;
+    return run;
+#endif
+}
+
 RzString Bytes(const char* p, size_t n, bool binary) {
     return RzString(p, static_cast<int32_t>(n), binary);
 }
@@ -126,6 +144,17 @@ void RzToolConverter::Convert(const char* p, size_t n, bool last) {
         const unsigned char* u = reinterpret_cast<const unsigned char*>(p);
         size_t start = 0, i = 0;
         while (i < n) {
+            // ASCII other than the zero byte is a whole step of its own that
+            // does not decode to 0: skipped up to the next other byte.
+            if (u[i] - 1u < 0x7Fu) {
+                i += i + 8 <= n ? AsciiRun(u + i) : 1;
+                continue;
+            }
+            // So is a two-byte sequence whose lead has bits of its own.
+            if (u[i] - 0xC1u < 0x1Fu && i + 1 < n && (u[i + 1] & 0xC0) == 0x80) {
+                i += 2;
+                continue;
+            }
             uint32_t value = 0;
             bool complete = false;
             const size_t end = UTF8Step(u, i, n, value, complete);
