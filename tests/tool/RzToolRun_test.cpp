@@ -92,6 +92,8 @@ TEST(RzTool, CommandLine) {
         {{"frobnicate"}, 2, "", "rz: no command 'frobnicate'\nTry 'rz --help'.\n"},
         {{"--frob"}, 2, "", "rz: unknown option '--frob'"},
         {{"db"}, 2, "", "rz: db needs a command"},
+        {{"db", "--help"}, 0, nullptr, ""},
+        {{"help", "db"}, 0, nullptr, ""},
         {{"db", "put", "f"}, 2, "", "rz: no command 'db put'"},
         {{"help", "nope"}, 2, "", "rz: no command 'nope'"},
         {{"db", "get", "x"}, 2, "", "rz: db get: expected FILE PATH\nTry 'rz db get --help'.\n"},

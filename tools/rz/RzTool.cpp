@@ -226,7 +226,11 @@ int RzToolRun(const std::vector<std::string>& args, RzToolIO& io) {
             io.out << "rz " << RzToolVersion() << "\n";
             return kRzToolDone;
         }
-        if (first == "--help" || first == "-h" || (first == "help" && args.size() == 1)) {
+        // The overview also answers for the group of db commands.
+        const bool dbHelp =
+            args.size() == 2 && ((first == "db" && (args[1] == "--help" || args[1] == "-h")) ||
+                                 (first == "help" && args[1] == "db"));
+        if (first == "--help" || first == "-h" || (first == "help" && args.size() == 1) || dbHelp) {
             io.out << kOverview;
             return kRzToolDone;
         }
