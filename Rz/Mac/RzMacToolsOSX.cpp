@@ -173,6 +173,33 @@ int32_t RzMacReadCreatorType(RzFileSpec& spec) {
     return RzMacFSRefToCreatorType(spec, ref);
 }
 
+int32_t RzMacGetFinderInfo(const RzFileSpec& spec, uint32_t& type, uint32_t& creator,
+                           uint16_t& flags) {
+    type = creator = 0;
+    flags = 0;
+    FSRef ref;
+    int32_t err = RzFileSpecToFSRef(ref, spec);
+    if (err != noErr) return err;
+    bool isFolder = false;
+    err = RzOSReadFinderInfo(ref.path.c_str(), type, creator, flags, &isFolder);
+    if (err != noErr) flags = 0;
+    if (err != noErr || isFolder) type = creator = 0;  // a folder's first bytes are its window
+    return err;
+}
+
+int32_t RzMacWriteCreatorType(const RzFileSpec& spec, uint32_t type, uint32_t creator) {
+    FSRef ref;
+    int32_t err = RzFileSpecToFSRef(ref, spec);
+    if (err != noErr) return err;
+    uint32_t storedType = 0, storedCreator = 0;
+    uint16_t flags = 0;
+    bool isFolder = false;
+    err = RzOSReadFinderInfo(ref.path.c_str(), storedType, storedCreator, flags, &isFolder);
+    if (err != noErr) return err;
+    if (isFolder) return notAFileErr;
+    return RzOSWriteFinderInfo(ref.path.c_str(), type, creator);
+}
+
 // --- Folders and files -------------------------------------------------------------
 
 void RzMacSetPath(RzFileSpec& spec, RzFolderType folder) {

@@ -43,6 +43,19 @@ RzString RzMacGetPosixPath(short volume, int32_t folderID);
 // creator always wins (0 for a folder).
 int32_t RzMacFSRefToCreatorType(RzFileSpec& spec, const FSRef& ref);
 int32_t RzMacReadCreatorType(RzFileSpec& spec);
+// The Finder information recorded for the item itself: its type, creator and
+// Finder flags as stored (0 each where nothing records them, also on a file
+// system without user extended attributes), whatever its extension says. A
+// folder's type and creator are 0. 0, or a File Manager code: -43 for a
+// missing item, the mapped errno when the attributes cannot be read.
+int32_t RzMacGetFinderInfo(const RzFileSpec& spec, uint32_t& type, uint32_t& creator,
+                           uint16_t& flags);
+// Stamps `type` and `creator` on the file as given (not from its extension,
+// as opening for writing does), each only where it is not 0: 0 keeps the
+// stored code. Nothing is written when nothing changes. 0, or a File Manager
+// code: -43 for a missing item, notAFileErr (-1302) for a folder,
+// wrgVolTypErr (-123) where the file system keeps no Finder information.
+int32_t RzMacWriteCreatorType(const RzFileSpec& spec, uint32_t type, uint32_t creator);
 
 // --- Folders and files -------------------------------------------------------------
 

@@ -96,6 +96,32 @@ TEST(RzMacToolsOSX, FinderTypeAndCreator) {
     EXPECT_EQ(Codes(t / "missing.txt"), "error -43");
 }
 
+TEST(RzMacToolsOSX, FinderInformationAsStored) {
+    RzTempDir t;
+    RzPutFile(t / "a.txt");
+    mkdir((t / "d").c_str(), 0755);
+    auto stored = [&](const std::string& name) {
+        uint32_t type = 1, creator = 1;
+        uint16_t flags = 1;
+        const int32_t err = RzMacGetFinderInfo(Spec(t / name), type, creator, flags);
+        auto text = [](uint32_t c) { return c ? std::string(RzString().FromSig(c).c_str()) : "0"; };
+        return Joined(err, text(type), text(creator), flags);
+    };
+    // Written as given, not from the extension; 0 keeps what is stored.
+    EXPECT_EQ(stored("a.txt"), "0|0|0|0");
+    EXPECT_EQ(RzMacWriteCreatorType(Spec(t / "a.txt"), C("8BCO"), C("8BIM")), noErr);
+    EXPECT_EQ(RzMacWriteCreatorType(Spec(t / "a.txt"), 0, C("RzTl")), noErr);
+    EXPECT_EQ(RzMacSetVisible(Spec(t / "a.txt"), false), noErr);
+    EXPECT_EQ(stored("a.txt"), "0|8BCO|RzTl|16384");
+    EXPECT_EQ(Codes(t / "a.txt"), "TEXT/RzTl");  // the extension still gives the type
+
+    EXPECT_EQ(RzMacWriteCreatorType(Spec(t / "d"), C("TEXT"), 0), notAFileErr);
+    EXPECT_EQ(RzMacSetVisible(Spec(t / "d"), false), noErr);
+    EXPECT_EQ(stored("d"), "0|0|0|16384");  // a folder has flags, no codes
+    EXPECT_EQ(RzMacWriteCreatorType(Spec(t / "none"), C("TEXT"), 0), fnfErr);
+    EXPECT_EQ(stored("none"), "-43|0|0|0");
+}
+
 TEST(RzMacToolsOSX, OpeningFiles) {
     RzTempDir t;
     std::string missing = t / "no/x.txt";
