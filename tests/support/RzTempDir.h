@@ -1,6 +1,7 @@
 // A fresh temporary folder for tests that touch the disk (removed with
-// everything in it), a mount without user extended attributes, a file writer,
-// and guards for the environment and standard input.
+// everything in it), mounts without user extended attributes or with little
+// room, file writers and readers, and guards for the environment and
+// standard input.
 #ifndef RZ_TESTS_SUPPORT_RZTEMPDIR_H
 #define RZ_TESTS_SUPPORT_RZTEMPDIR_H
 
@@ -20,6 +21,8 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <Rz/FileSpec/RzFileSpec.h>
 
 class RzTempDir {
 public:
@@ -51,6 +54,11 @@ public:
 private:
     std::string root;
 };
+
+// The spec of a path.
+inline RzFileSpec FileSpecAt(const std::string& path) {
+    return RzFileSpec(RzString(path.c_str()));
+}
 
 // Creates or truncates the file at `path` and writes `bytes` to it.
 inline bool RzPutFile(const std::string& path, const std::string& bytes = "x") {
