@@ -79,6 +79,15 @@ inline void ReferenceRead(std::string& out, const RzString& text) {
     dump();
 }
 
+// How many levels deep the tree goes below db (0 for a flat database).
+inline size_t Depth(const RzDataBase& db) {
+    size_t deepest = 0;
+    ForEachEntry(db, [&](const RzDataBase& level, int i, size_t d) {
+        if (level.GetIndexedDB(i) && d + 1 > deepest) deepest = d + 1;
+    });
+    return deepest;
+}
+
 // Whether the plain form carries this database: a key that it writes bare
 // must not begin with a character that the reader takes as structure
 // ('#' comment, '{' and '}' braces, '<' protected entry).

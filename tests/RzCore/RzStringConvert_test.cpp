@@ -85,7 +85,8 @@ TEST(RzStringConvert, UTF16ToUTF8) {
 
 // Decoding against its rule runs in the hex_decode fuzz target.
 TEST(RzStringConvert, Hexadecimal) {
-    RzString s("\xAB\x7F");
+    RzString s("old");
+    s = "\xAB\x7F";
     EXPECT_EQ(s.Bin2Str(s.c_str(), 2), "AB7F");  // the bytes may be the string's own
     EXPECT_EQ(s, "AB7F");
     EXPECT_EQ(State(s.Bin2Str("ab", -1)), "null");

@@ -37,7 +37,7 @@ TEST(RzFile, PositionsLengthAndReadString) {
                                                   "01234\0"
                                                   "6789",
                                                   10);
-    RzPutFile(path, bytes);
+    RzFlushFileStream(Spec(path)).Write(bytes.data(), 10, nullptr);
     struct Case {
         int32_t offset;
         eRzFileSeekMode mode;
@@ -63,7 +63,7 @@ TEST(RzFile, PositionsLengthAndReadString) {
 TEST(RzFile, Failures) {
     RzTempDir dir;
     const std::string none = dir / "none", made = dir / "made", big = dir / "big";
-    RzPutFile(big);
+    RzFlushFileStream(Spec(big)).Write("x", 1, nullptr);
     ASSERT_EQ(truncate(big.c_str(), 3LL << 30), 0);  // sparse, past the 32-bit lengths
     char byte;
     struct Case {
