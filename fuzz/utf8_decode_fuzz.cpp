@@ -101,7 +101,7 @@ void CheckText(const uint8_t* data, size_t size) {
     if (RzUTF8ToUTF16BE(in, size, out.data()) != utf16.size()) abort();
     if (RzUTF8ToISO8859_1(in, size, out.data()) != expected.size()) abort();
 
-    const std::string text(in, strnlen(in, size));
+    const std::string text = std::string(reinterpret_cast<const char*>(data), size).c_str();
     std::string standard;
     if (firstPlane && IconvUTF16(text, standard)) {
         if (!Same(u, standard)) abort();
