@@ -55,7 +55,7 @@ private:
     std::string root;
 };
 
-// The spec of a path.
+// An RzFileSpec naming `path`.
 inline RzFileSpec FileSpecAt(const std::string& path) {
     return RzFileSpec(RzString(path.c_str()));
 }
