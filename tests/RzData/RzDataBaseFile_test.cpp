@@ -124,27 +124,32 @@ TEST(RzDataBaseTyped, SetDoubleWritesOnlyAChangedValue) {
 
 // --- Reading and writing files -------------------------------------------------
 
-TEST(RzDataBaseFile, WritesAndReadsBackBothForms) {
+TEST(RzDataBaseFile, WritesBothFormsAndReadsThemBack) {
     RzTempDir t;
-    RzDataBase db;
-    db.ReadFromString(S("name = Example\n\"two words\" = \"a \\\"quoted\\\" value\"\n"));
-    db.SetString(S("colors/red"), S(" 0.5\twith tab "));
-    db.SetString(S("colors/lines"), S("one\r\ntwo\rthree\n"));
-    db.SetString(S("colors/deep/er"), S(""));
-    db.SetString(S("\"odd key\""), S("\\"));
+    RzDataBase db, empty;
+    db.ReadFromString(
+        S("#written by hand\nname = Example Paper\n\"two words\" = \"a \\\"quoted\\\" value\"\n"
+          "colors = \n{\n\tred = 0.5\n\tempty = \n}\n"));
+    db.SetString(S("colors/lines"), S("one\r\ntwo\tthree"));
+    const char* const texts[] = {
+        "name = \"Example Paper\"\n\"two words\" = \"a \\\"quoted\\\" value\"\ncolors = \n{\n"
+        "\tred = 0.5\n\tempty = \n\tlines = \"one\r\ntwo\tthree\"\n}\n",
+        "{\n\t<\"name\" = \"Example Paper\">\n\t<\"two words\" = \"a \\\"quoted\\\" value\">\n"
+        "\t<\"colors\" = \"\">\n\t{\n\t\t<\"red\" = \"0.5\">\n\t\t<\"empty\" = \"\">\n"
+        "\t\t<\"lines\" = \"one\r\ntwo\tthree\">\n\t}\n}\n"};
     RzPutFile(t / "empty", "");
     for (bool protectedForm : {false, true}) {
         ControlCharsGuard form(protectedForm);
-        const std::string path = t / (protectedForm ? "p.txt" : "plain.txt");
-        db.WriteToFile(Spec(path));
-        RzDataBase back, empty;
+        db.WriteToFile(Spec(t / "s.txt"));
+        RzDataBase back;
         back.SetString(S("old"), S("dropped"));
-        back.ReadFromFile(Spec(path));
-        empty.SetString(S("x"), S("1"));
-        empty.ReadFromFile(Spec(t / "empty"));
-        EXPECT_EQ(Joined(FileText(path), Dump(back), empty.GetCount()),
-                  Joined(Text(db), Dump(db), 0));
+        back.ReadFromFile(Spec(t / "s.txt"));
+        EXPECT_EQ(Joined(FileText(t / "s.txt"), Dump(back), empty.WriteToString()),
+                  Joined(texts[protectedForm], Dump(db), protectedForm ? "{\n}\n" : ""));
     }
+    empty.SetString(S("x"), S("1"));
+    empty.ReadFromFile(Spec(t / "empty"));
+    EXPECT_EQ(empty.GetCount(), 0);
 }
 
 TEST(RzDataBaseFile, ReadingChangesNeitherTheFileNorAFailedDatabase) {

@@ -7,7 +7,6 @@
 #include "support/RzContainerTestSupport.h"
 #include "support/RzTestSupport.h"
 
-using rztest::ControlCharsGuard;
 using rztest::Dump;
 
 namespace {
@@ -23,17 +22,6 @@ RzDBData ReadEntry(const char* text, int32_t* posOut = nullptr) {
 RzString Get(RzDataBase& db, const char* path) {
     return db.GetString(RzString(path), RzString("?"), false);
 }
-
-const char kExample[] =
-    "#written by hand\n"
-    "name = Example Paper\n"
-    "size = 12\n"
-    "\"two words\" = \"a \\\"quoted\\\" value\"\n"
-    "colors = \n"
-    "{\n"
-    "\tred = 0.5\n"
-    "\tempty = \n"
-    "}\n";
 
 }  // namespace
 
@@ -145,29 +133,6 @@ TEST(RzDataBase, Merge) {
     // copied sub-entries land under the first entry of their key.
     source.MergeDB(&source, true);
     EXPECT_EQ(Dump(source), "1:x=1:1;1:s=0:;{5:inner=1:i;5:inner=1:i;}1:x=1:1;1:s=0:;");
-}
-
-TEST(RzDataBase, WritesBothForms) {
-    RzDataBase db, empty;
-    db.ReadFromString(RzString(kExample));
-    ControlCharsGuard guard(true);
-    EXPECT_EQ(std::string(db.WriteToString().c_str()),
-              "{\n"
-              "\t<\"name\" = \"Example Paper\">\n"
-              "\t<\"size\" = \"12\">\n"
-              "\t<\"two words\" = \"a \\\"quoted\\\" value\">\n"
-              "\t<\"colors\" = \"\">\n"
-              "\t{\n"
-              "\t\t<\"red\" = \"0.5\">\n"
-              "\t\t<\"empty\" = \"\">\n"
-              "\t}\n"
-              "}\n");
-    EXPECT_STREQ(empty.WriteToString().c_str(), "{\n}\n");
-    RzDataBase::SaveControlChars(false);
-    EXPECT_STREQ(empty.WriteToString().c_str(), "");
-    EXPECT_EQ(std::string(db.WriteToString().c_str()),
-              "name = \"Example Paper\"\nsize = 12\n\"two words\" = \"a \\\"quoted\\\" value\"\n"
-              "colors = \n{\n\tred = 0.5\n\tempty = \n}\n");
 }
 
 TEST(RzDataBase, SkipLineLooksOneCharacterBeyond) {
