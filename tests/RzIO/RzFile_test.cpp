@@ -7,9 +7,7 @@
 
 namespace {
 
-RzFileSpec Spec(const std::string& path) {
-    return RzFileSpec(RzString(path.c_str()));
-}
+const auto Spec = FileSpecAt;
 
 }  // namespace
 
@@ -19,8 +17,7 @@ TEST(RzFile, OpensLazilyAndKeepsItsFirstMode) {
     RzFile out(Spec(path), eRzFileWrite);
     EXPECT_EQ(access(path.c_str(), F_OK), -1);
     uint32_t done = 0;
-    EXPECT_EQ(out.Write("abc", 3, &done), 3u);
-    EXPECT_EQ(done, 3u);
+    EXPECT_EQ(Joined(out.Write("abc", 3, &done), done), "3|3");
     out.Open(eRzFileRead, false);  // already open: still the writer
     out.WriteString(RzString("de"));
     EXPECT_STREQ(out.GetName().c_str(), ("RzFile\t" + path).c_str());
@@ -50,8 +47,8 @@ TEST(RzFile, PositionsLengthAndReadString) {
     for (const Case& c : cases) {
         RzFile f(Spec(path), eRzFileRead);
         f.SetPosition(4, eRzSeekFromStart);
-        EXPECT_EQ(f.Length(), 10);
-        EXPECT_EQ(f.GetPosition(), 4);  // Length keeps the position
+        const int32_t length = f.Length();
+        EXPECT_EQ(Joined(length, f.GetPosition()), "10|4");  // Length keeps the position
         f.SetPosition(c.offset, c.mode);
         EXPECT_EQ(f.GetPosition(), c.position) << c.offset << " mode " << c.mode;
         if (c.position > 10) {  // a negative size: a failed 4 GB allocation on the 32-bit target
@@ -68,6 +65,7 @@ TEST(RzFile, Failures) {
     const std::string none = dir / "none", made = dir / "made", big = dir / "big";
     RzFlushFileStream(Spec(big)).Write("x", 1, nullptr);
     ASSERT_EQ(truncate(big.c_str(), 3LL << 30), 0);  // sparse, past the 32-bit lengths
+    char byte;
     struct Case {
         std::function<void(RzFile&)> call;
         eRzFileAccess access;
@@ -75,11 +73,7 @@ TEST(RzFile, Failures) {
         uint32_t code;
     } cases[] = {
         {[](RzFile& f) { f.Open(eRzFileNone, 0); }, eRzFileNone, none, "FileNotOpen: " + none, 12},
-        {[](RzFile& f) {
-             char c;
-             f.Read(&c, 1, nullptr);
-         },
-         eRzFileNone, none, "RzFileNotOpen", 12},
+        {[&](RzFile& f) { f.Read(&byte, 1, nullptr); }, eRzFileNone, none, "RzFileNotOpen", 12},
         {[](RzFile& f) { f.Length(); }, eRzFileNone, none, "RzFileNotOpen", 12},
         {[](RzFile& f) { f.Write(nullptr, 1, nullptr); }, eRzFileWrite, made, "RzArgErr", 3},
         {[](RzFile& f) { f.SetPosition(0, eRzFileSeekMode(3)); }, eRzFileWrite, made, "RzArgErr",
@@ -96,10 +90,9 @@ TEST(RzFile, Failures) {
     };
     for (const Case& c : cases) {
         RzFile f(Spec(c.path), c.access);
-        RzError e = CatchRzError([&] { c.call(f); });
-        EXPECT_EQ(e.GetErr(), c.code) << c.name;
-        EXPECT_EQ(e.GetErrName(), c.name);
-        EXPECT_STREQ(e.GetFileName(), c.name.find(':') == std::string::npos ? "RzFile" : "");
+        const RzError e = CatchRzError([&] { c.call(f); });
+        EXPECT_EQ(Joined(e.GetErr(), e.GetErrName(), e.GetFileName()),
+                  Joined(c.code, c.name, c.name.find(':') == std::string::npos ? "RzFile" : ""));
     }
     // The layer's own failure passes through.
     EXPECT_EQ(CatchRzError([&] { RzFile(Spec(none), eRzFileRead).ReadString(); }).GetErr(), 12u);

@@ -1,6 +1,6 @@
 // Helpers shared by the database tests and fuzz targets: a database's
-// entries as canonical text and its depth. None of them recurses, so they
-// take trees of any depth.
+// entries as canonical text (without recursing, so for trees of any depth)
+// and a guard for the writer's form.
 #ifndef RZ_TESTS_SUPPORT_DATABASESUPPORT_H
 #define RZ_TESTS_SUPPORT_DATABASESUPPORT_H
 
@@ -53,14 +53,15 @@ inline std::string Dump(const RzDataBase& db) {
     return out + std::string(depth, '}');
 }
 
-// How many levels deep the tree goes below db (0 for a flat database).
-inline size_t Depth(const RzDataBase& db) {
-    size_t deepest = 0;
-    ForEachEntry(db, [&](const RzDataBase& level, int i, size_t d) {
-        if (level.GetIndexedDB(i) && d + 1 > deepest) deepest = d + 1;
-    });
-    return deepest;
-}
+// Selects the writer's process-wide form while it lives.
+class ControlCharsGuard {
+public:
+    explicit ControlCharsGuard(bool on) : saved(RzDataBase::SaveControlChars(on)) {}
+    ~ControlCharsGuard() { RzDataBase::SaveControlChars(saved); }
+
+private:
+    bool saved;
+};
 
 }  // namespace rztest
 

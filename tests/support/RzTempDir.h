@@ -1,6 +1,7 @@
 // A fresh temporary folder for tests that touch the disk (removed with
-// everything in it), a mount without user extended attributes, a file writer,
-// and guards for the environment and standard input.
+// everything in it), mounts without user extended attributes or with little
+// room, file writers and readers, and guards for the environment and
+// standard input.
 #ifndef RZ_TESTS_SUPPORT_RZTEMPDIR_H
 #define RZ_TESTS_SUPPORT_RZTEMPDIR_H
 
@@ -20,6 +21,8 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <Rz/FileSpec/RzFileSpec.h>
 
 class RzTempDir {
 public:
@@ -52,6 +55,11 @@ private:
     std::string root;
 };
 
+// An RzFileSpec naming `path`.
+inline RzFileSpec FileSpecAt(const std::string& path) {
+    return RzFileSpec(RzString(path.c_str()));
+}
+
 // Creates or truncates the file at `path` and writes `bytes` to it.
 inline bool RzPutFile(const std::string& path, const std::string& bytes = "x") {
     FILE* f = fopen(path.c_str(), "wb");
@@ -80,38 +88,32 @@ inline std::vector<std::string> FolderNames(const std::string& folder,
     return names;
 }
 
-// A ramfs mounted in a fresh temporary folder: a file system without user
-// extended attributes. Mounting needs root; `reason` says why it failed.
-struct NoXattrMount {
-    NoXattrMount() : point(dir / "ramfs") {
+// A file system of `type` mounted with `options` in a fresh temporary folder.
+// Mounting needs root; `reason` says why it failed.
+struct TestMount {
+    TestMount(const char* type, const std::string& options) : point(dir / type) {
         mounted = mkdir(point.c_str(), 0700) == 0 &&
-                  mount("ramfs", point.c_str(), "ramfs", 0, "mode=0755") == 0;
-        if (!mounted) reason = std::string("cannot mount ramfs (needs root): ") + strerror(errno);
+                  mount(type, point.c_str(), type, 0, ("mode=0755" + options).c_str()) == 0;
+        if (!mounted) reason = std::string("cannot mount (needs root): ") + strerror(errno);
     }
-    ~NoXattrMount() {
-        if (mounted) umount2(point.c_str(), MNT_DETACH);
-    }
-    RzTempDir dir;
-    std::string point, reason;
-    bool mounted;
-};
-
-// A small tmpfs mounted in a fresh temporary folder, with mount `options`
-// ("size=64k", "nr_inodes=8", ...): a file system that fills up. Mounting
-// needs root; `reason` says why it failed.
-struct TmpfsMount {
-    explicit TmpfsMount(const std::string& options) : point(dir / "tmpfs") {
-        mounted = mkdir(point.c_str(), 0700) == 0 &&
-                  mount("tmpfs", point.c_str(), "tmpfs", 0, ("mode=0755," + options).c_str()) == 0;
-        if (!mounted) reason = std::string("cannot mount tmpfs (needs root): ") + strerror(errno);
-    }
-    ~TmpfsMount() {
+    ~TestMount() {
         if (mounted) umount2(point.c_str(), MNT_DETACH);
     }
     std::string operator/(const std::string& name) const { return point + "/" + name; }
     RzTempDir dir;
     std::string point, reason;
     bool mounted;
+};
+
+// A ramfs: a file system without user extended attributes.
+struct NoXattrMount : TestMount {
+    NoXattrMount() : TestMount("ramfs", "") {}
+};
+
+// A small tmpfs with mount `options` ("size=64k", "nr_inodes=8", ...): a file
+// system that fills up.
+struct TmpfsMount : TestMount {
+    explicit TmpfsMount(const std::string& options) : TestMount("tmpfs", "," + options) {}
 };
 
 // The whole content of a file ("" when it cannot be read).

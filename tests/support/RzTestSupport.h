@@ -101,4 +101,9 @@ std::string Joined(const T&... values) {
     return joined;
 }
 
+// An error's code, name, unit and line: "19|RzFormatErr|RzDataBase|91".
+inline std::string ErrorFields(const RzError& e) {
+    return Joined(e.GetErr(), e.GetErrName(), e.GetFileName(), e.GetLine());
+}
+
 #endif
