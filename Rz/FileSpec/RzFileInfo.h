@@ -11,10 +11,11 @@
 #include <stdint.h>
 
 #include <Rz/FileSpec/RzFileSpec.h>
+#include <Rz/RzCore/RzExport.h>
 #include <Rz/RzCore/RzString.h>
 #include <Rz/RzSystem/RzDate.h>
 
-class RzFileInfo : public RzFileSpec {
+class RZ_API RzFileInfo : public RzFileSpec {
 public:
     // The spec of `fullName` (its type follows the extension), both dates
     // RzDate(0, 0, 0, 0, 0, 0) (which the clamping makes 0-1-1 0:00:00), a

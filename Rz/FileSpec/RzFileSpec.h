@@ -16,6 +16,7 @@
 #include <stdint.h>
 
 #include <Rz/Mac/RzMacTypes.h>
+#include <Rz/RzCore/RzExport.h>
 #include <Rz/RzCore/RzString.h>
 
 enum RzFileType {
@@ -51,10 +52,10 @@ struct RzFileTypeInfo {
 
 // The table: every lookup takes the first matching row; the last row
 // (type unknown, codes 0x3F) is the fallback that no search matches.
-extern const RzFileTypeInfo RzFileTypeInfoList[];
-extern const int32_t RzFileTypeInfoListCount;  // 35
+extern RZ_API const RzFileTypeInfo RzFileTypeInfoList[];
+extern RZ_API const int32_t RzFileTypeInfoListCount;  // 35
 
-class RzFileSpec {
+class RZ_API RzFileSpec {
 public:
     // The spec of the empty path: both codes 0.
     RzFileSpec();
@@ -144,6 +145,6 @@ protected:
 };
 
 // Equal full names (case-sensitive); the codes are not compared.
-bool operator==(const RzFileSpec& a, const RzFileSpec& b);
+RZ_API bool operator==(const RzFileSpec& a, const RzFileSpec& b);
 
 #endif

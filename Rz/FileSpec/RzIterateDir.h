@@ -29,9 +29,10 @@
 
 #include <Rz/FileSpec/RzFileInfo.h>
 #include <Rz/FileSpec/RzFileSpec.h>
+#include <Rz/RzCore/RzExport.h>
 #include <Rz/RzData/RzList.h>
 
-class RzIterateDir {
+class RZ_API RzIterateDir {
 public:
     RzIterateDir();
     virtual ~RzIterateDir();
@@ -62,7 +63,7 @@ protected:
 // Collects the files and the folders found, each in the order of the walk,
 // as plain file specs (dates, sizes and the file flag are not kept). A second
 // Start with the same object appends to what the first found.
-class RzIterateDirGetFiles : public RzIterateDir {
+class RZ_API RzIterateDirGetFiles : public RzIterateDir {
 public:
     // Appends the item to the files or, when it is a folder, to the folders.
     void ProcessFile(const RzFileInfo& info) override;

@@ -8,6 +8,8 @@
 
 #include <stdint.h>
 
+#include <Rz/RzCore/RzExport.h>
+
 // Platform codes returned by RzGetPlatform().
 enum {
     kRzPlatformMacOSClassic = 0x40000,  // Mac OS before version 9
@@ -18,34 +20,34 @@ enum {
 
 extern "C" {
 
-short SwapShort(short value);
-unsigned short SwapUShort(unsigned short value);
-int32_t SwapLong(int32_t value);
-uint32_t SwapULong(uint32_t value);
+RZ_API short SwapShort(short value);
+RZ_API unsigned short SwapUShort(unsigned short value);
+RZ_API int32_t SwapLong(int32_t value);
+RZ_API uint32_t SwapULong(uint32_t value);
 
 // Swap `count` values in place, in ascending order, and return `values`. A
 // null pointer is returned at once; a count of 0 or less swaps nothing.
-short* SwapShortPtr(short* values, int32_t count);
-int32_t* SwapLongPtr(int32_t* values, int32_t count);
+RZ_API short* SwapShortPtr(short* values, int32_t count);
+RZ_API int32_t* SwapLongPtr(int32_t* values, int32_t count);
 
 // 1 on a little-endian host, 0 on a big-endian one.
-int32_t RzGetEndian();
+RZ_API int32_t RzGetEndian();
 
 // The operating system's version in binary-coded decimal, two digits of major
 // version and one each of minor and patch version: 0x1049 for 10.4.9. On Linux
 // it is the kernel release, each field clamped to what its digits can hold
 // (6.1.0 gives 0x0610, 5.15.120 gives 0x0599). 0 when the version cannot be
 // read; it is asked again on the next call then.
-int32_t RzGetSystemVersion();
+RZ_API int32_t RzGetSystemVersion();
 
 // One of the kRzPlatform codes. On Mac OS it follows from the system version;
 // every other system has a code of its own.
-int32_t RzGetPlatform();
+RZ_API int32_t RzGetPlatform();
 
 }  // extern "C"
 
 // True for the systems that end text lines with a single line feed and follow
 // Unix conventions: Mac OS X and Linux.
-bool RzPlatformIsUnix(int32_t platform);
+RZ_API bool RzPlatformIsUnix(int32_t platform);
 
 #endif

@@ -10,16 +10,18 @@
 #ifndef RZ_MAC_RZCONTRAST_H
 #define RZ_MAC_RZCONTRAST_H
 
+#include <Rz/RzCore/RzExport.h>
+
 // The stored value. 0.0 when the entry holds no number. Without an entry,
 // 1.0 when the desktop's accessibility settings ask for high contrast, else
 // 0.0. Never raises.
-double GetMacContrastEnhancement();
+RZ_API double GetMacContrastEnhancement();
 
 // Stores `value` (not range-checked). False when it equals the value
 // GetMacContrastEnhancement reads now (nothing is written then) and when it
 // cannot be stored; true once the file holds it. Other entries of the file
 // are kept. The file is replaced whole, so that a crash leaves the old or
 // the new value, never a damaged file. Never raises.
-bool SetMacContrastEnhancement(double value);
+RZ_API bool SetMacContrastEnhancement(double value);
 
 #endif

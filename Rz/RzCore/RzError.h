@@ -23,8 +23,9 @@
 #include <stdint.h>
 
 #include <Rz/RzCore/RzErrorCodes.h>
+#include <Rz/RzCore/RzExport.h>
 
-class RzError {
+class RZ_API RzError {
 public:
     // Code 0, name "Unknown", no file, line 0. Writes nothing.
     RzError();
@@ -65,10 +66,10 @@ private:
 
 // Throws RzError(code, name, unit, line). Every error the framework raises
 // goes through here; `unit` is the raising unit's base name ("RzString").
-[[noreturn]] void RzRaise(uint32_t code, const char* name, const char* unit, int line);
+[[noreturn]] RZ_API void RzRaise(uint32_t code, const char* name, const char* unit, int line);
 
 // Throws the error of a code of the table in RzErrorCodes.h with its fixed
 // name: RzRaiseCode(kRzIndexError, "RzArray", 55) raises "RzIndexError".
-[[noreturn]] void RzRaiseCode(uint32_t code, const char* unit, int line);
+[[noreturn]] RZ_API void RzRaiseCode(uint32_t code, const char* unit, int line);
 
 #endif

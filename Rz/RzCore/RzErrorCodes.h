@@ -15,6 +15,8 @@
 
 #include <stdint.h>
 
+#include <Rz/RzCore/RzExport.h>
+
 // X(name, code): every named error. Codes 5, 6, 8 to 11 and 16 are not used.
 #define RZ_ERROR_CODES(X)                                                        \
     X(RzUndefProc, 1)         /* operation not available for this object here */ \
@@ -42,6 +44,6 @@ enum {
 
 // The fixed name of a code of the table ("RzFormatErr" for 19), or null for
 // any other code.
-const char* RzErrorName(uint32_t code);
+RZ_API const char* RzErrorName(uint32_t code);
 
 #endif

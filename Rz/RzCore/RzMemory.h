@@ -13,7 +13,9 @@
 
 #include <stdint.h>
 
-class RzMemoryManager {
+#include <Rz/RzCore/RzExport.h>
+
+class RZ_API RzMemoryManager {
 public:
     virtual ~RzMemoryManager();
     // A block of `size` bytes. A manager may return null when it has none.
@@ -23,7 +25,7 @@ public:
 };
 
 // The default manager: the global operator new and delete.
-class RzMemoryManagerCPP : public RzMemoryManager {
+class RZ_API RzMemoryManagerCPP : public RzMemoryManager {
 public:
     // Never returns null (size 0 gives a distinct block); when operator new
     // fails, raises "RzMemFullErr" (4, unit "RzMemory", line 37) instead.
@@ -33,34 +35,34 @@ public:
 };
 
 // The manager used while pMemoryManager is null; lives until program exit.
-extern RzMemoryManagerCPP DefaultManager;
+extern RZ_API RzMemoryManagerCPP DefaultManager;
 // The installed manager, null while DefaultManager serves. Owned by whoever
 // installed it; change it with RzSetMemoryManager.
-extern RzMemoryManager* pMemoryManager;
+extern RZ_API RzMemoryManager* pMemoryManager;
 
 // A block from the installed manager (its null result passed on unchanged),
 // or from DefaultManager. Size 0 is not special.
-void* RzAlloc(uint32_t size);
+RZ_API void* RzAlloc(uint32_t size);
 // Gives the block to the installed manager's Free (null included), or
 // deletes it with operator delete when it is non-null.
-void RzFree(void* ptr);
+RZ_API void RzFree(void* ptr);
 // Copies n bytes, overlapping ranges allowed (memmove). Does nothing when
 // either pointer is null.
-void RzCopy(void* dst, const void* src, uint32_t n);
+RZ_API void RzCopy(void* dst, const void* src, uint32_t n);
 // Fills n bytes with the low byte of `value`. Does nothing for a null dst.
-void RzSet(void* dst, int value, uint32_t n);
+RZ_API void RzSet(void* dst, int value, uint32_t n);
 // An RzAlloc block of n bytes holding a copy of src; uninitialised when src is
 // null. Returns null without copying when the manager gives none.
-void* RzClone(const void* src, uint32_t n);
+RZ_API void* RzClone(const void* src, uint32_t n);
 
 // Installs `mgr` (null returns to DefaultManager). Blocks are not handed over.
-void RzSetMemoryManager(RzMemoryManager* mgr);
+RZ_API void RzSetMemoryManager(RzMemoryManager* mgr);
 // The installed manager as stored: null while DefaultManager serves.
-RzMemoryManager* RzGetMemoryManager();
+RZ_API RzMemoryManager* RzGetMemoryManager();
 
 // Memory-debugging hooks; they do nothing in this build.
-void StartMemDebug();
-void MemCheckPoint(bool);
-void EndMemDebug();
+RZ_API void StartMemDebug();
+RZ_API void MemCheckPoint(bool);
+RZ_API void EndMemDebug();
 
 #endif

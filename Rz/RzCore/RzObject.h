@@ -10,7 +10,9 @@
 
 #include <stdint.h>
 
-class RzCastBase {
+#include <Rz/RzCore/RzExport.h>
+
+class RZ_API RzCastBase {
 public:
     // `this` when typeName is "RzCastBase", otherwise null. A class that wants
     // to be castable by its own name overrides Cast: it tests its own name,
@@ -25,7 +27,7 @@ public:
     static bool StringsEqual(const char* a, const char* b);
 };
 
-class RzObject : public RzCastBase {
+class RZ_API RzObject : public RzCastBase {
 public:
     // Count 1: the creator's reference.
     RzObject() : refCount(1) {}

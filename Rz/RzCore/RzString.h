@@ -25,6 +25,7 @@
 #include <stdint.h>
 
 #include <Rz/RzCore/RzDefs.h>
+#include <Rz/RzCore/RzExport.h>
 
 template <class T>
 class RzArray;
@@ -62,7 +63,7 @@ struct RzStringData {
 // bytes are copied and the length is n; without one a binary buffer has length
 // n (content undefined) and a text buffer is empty. Raises "RzArgErr" (3) for
 // a negative n.
-RzStringData* NewStringData(const char* source, int32_t n, bool isBinary);
+RZ_API RzStringData* NewStringData(const char* source, int32_t n, bool isBinary);
 
 // Appends n bytes of `source` and returns the buffer that now holds the result
 // (the old one is freed when a larger one was needed). A null `data` gives
@@ -70,12 +71,12 @@ RzStringData* NewStringData(const char* source, int32_t n, bool isBinary);
 // that is enough, else to exactly what is needed, never below 10. Raises
 // "RzUnexpectedErr" (2) for a shared buffer and "RzGeneralErr" (42) for a
 // binary buffer of unknown length. `source` may point into `data` itself.
-RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n);
+RZ_API RzStringData* CatStringData(RzStringData* data, const char* source, int32_t n);
 
 // Frees a buffer whose count has dropped to 0.
-void FreeStringData(RzStringData* data);
+RZ_API void FreeStringData(RzStringData* data);
 
-class RzString {
+class RZ_API RzString {
 public:
     // The null string.
     RzString() : data(nullptr) {}
@@ -378,22 +379,22 @@ private:
     RzStringData* data;
 };
 
-RzString operator+(const RzString& a, char b);
-RzString operator+(char a, const RzString& b);
-RzString operator+(const RzString& a, const RzString& b);
+RZ_API RzString operator+(const RzString& a, char b);
+RZ_API RzString operator+(char a, const RzString& b);
+RZ_API RzString operator+(const RzString& a, const RzString& b);
 
-bool operator==(const RzString& a, const RzString& b);
-bool operator!=(const RzString& a, const RzString& b);
+RZ_API bool operator==(const RzString& a, const RzString& b);
+RZ_API bool operator!=(const RzString& a, const RzString& b);
 // Raises "RzArgErr" (3) when b is null.
-bool operator==(const RzString& a, const char* b);
-bool operator!=(const RzString& a, const char* b);
+RZ_API bool operator==(const RzString& a, const char* b);
+RZ_API bool operator!=(const RzString& a, const char* b);
 // Does not check a; a null a compares as "".
-bool operator==(const char* a, const RzString& b);
-bool operator!=(const char* a, const RzString& b);
-bool operator<(const RzString& a, const RzString& b);
-bool operator>(const RzString& a, const RzString& b);
-bool operator<=(const RzString& a, const RzString& b);
-bool operator>=(const RzString& a, const RzString& b);
+RZ_API bool operator==(const char* a, const RzString& b);
+RZ_API bool operator!=(const char* a, const RzString& b);
+RZ_API bool operator<(const RzString& a, const RzString& b);
+RZ_API bool operator>(const RzString& a, const RzString& b);
+RZ_API bool operator<=(const RzString& a, const RzString& b);
+RZ_API bool operator>=(const RzString& a, const RzString& b);
 
 // Replaces every occurrence of `search` in `target` (case-sensitive) and
 // returns the number of replacements. The scan resumes behind each inserted
@@ -401,23 +402,23 @@ bool operator>=(const RzString& a, const RzString& b);
 // gives "baanaanaa", 3). Runs in time proportional to the text. An empty
 // `search` replaces nothing and returns 0. The arguments are read as they were
 // on entry, also when one of them is `target` itself.
-int Replace(const RzString& search, const RzString& replacement, RzString& target);
+RZ_API int Replace(const RzString& search, const RzString& replacement, RzString& target);
 
 // Case-insensitive comparison: bytes are read as signed 8-bit values and only
 // 'A'..'Z' are folded (to lower case), so bytes 128..255 order below ASCII
 // here, unlike cmp. Returns the difference of the first differing folded pair.
-int Rzstricmp(const char* a, const char* b);
+RZ_API int Rzstricmp(const char* a, const char* b);
 // The same over at most n characters; n <= 0 gives 0.
-int Rzstrincmp(const char* a, const char* b, int n);
+RZ_API int Rzstrincmp(const char* a, const char* b, int n);
 
 // Wildcard matching, pattern first: '*' matches any run of characters (also
 // none), '?' exactly one, every other byte itself; no escapes, case-sensitive.
 // Null never matches (unless both pointers are the same). Runs in time
 // proportional to pattern length times text length at worst.
-bool StrMatch(const char* pattern, const char* text);
+RZ_API bool StrMatch(const char* pattern, const char* text);
 // The same with a budget: the number of text characters that the stars may
 // absorb before the text ends. StrMatch uses strlen(text) + stars -
 // strlen(pattern), which prunes only hopeless branches.
-bool StrMatchMax(const char* pattern, const char* text, int32_t budget);
+RZ_API bool StrMatchMax(const char* pattern, const char* text, int32_t budget);
 
 #endif

@@ -17,8 +17,10 @@
 #ifndef RZ_RZCORE_RZTEMPLATES_H
 #define RZ_RZCORE_RZTEMPLATES_H
 
+#include <Rz/RzCore/RzExport.h>
+
 // Raises "RzPtrInvalid" (20, unit "RzTemplates", line 206).
-[[noreturn]] void RzRaisePtrInvalid();
+[[noreturn]] RZ_API void RzRaisePtrInvalid();
 
 template <class T>
 class RzSmartPtr {

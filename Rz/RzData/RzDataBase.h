@@ -31,6 +31,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <Rz/RzCore/RzExport.h>
 #include <Rz/RzCore/RzObject.h>
 #include <Rz/RzCore/RzString.h>
 #include <Rz/RzCore/RzTemplates.h>
@@ -41,7 +42,7 @@ class RzFileSpec;
 
 // One entry: key, value and an optional sub-database, which the entry holds by
 // one counted reference (copies of an entry share the sub-database).
-class RzDBData {
+class RZ_API RzDBData {
 public:
     RzDBData();
     RzDBData(const RzString& key, const RzString& value);
@@ -89,7 +90,7 @@ private:
     RzSmartPtr<RzDataBase> db;
 };
 
-class RzDataBase : public RzObject {
+class RZ_API RzDataBase : public RzObject {
 public:
     RzDataBase();
     // A deep copy: an empty database merged with `other` in append mode.

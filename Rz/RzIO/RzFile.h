@@ -21,10 +21,11 @@
 #include <stdio.h>
 
 #include <Rz/FileSpec/RzFileSpec.h>
+#include <Rz/RzCore/RzExport.h>
 #include <Rz/RzCore/RzString.h>
 #include <Rz/RzIO/RzStream.h>
 
-class RzFile : public RzStream {
+class RZ_API RzFile : public RzStream {
 public:
     // The empty spec; not open, access eRzFileNone.
     RzFile();
@@ -95,7 +96,7 @@ private:
     friend class RzFlushFileStream;
 };
 
-class RzFlushFileStream : public RzStreamImplemented {
+class RZ_API RzFlushFileStream : public RzStreamImplemented {
 public:
     // Stores a copy of spec; touches no file.
     explicit RzFlushFileStream(const RzFileSpec& spec);

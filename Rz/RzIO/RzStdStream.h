@@ -8,9 +8,10 @@
 
 #include <stdint.h>
 
+#include <Rz/RzCore/RzExport.h>
 #include <Rz/RzIO/RzStream.h>
 
-class RzStdStream : public RzStream {
+class RZ_API RzStdStream : public RzStream {
 public:
     RzStdStream() : count(0) {}
     // Always raises "RzFileAccessErr" (18).
@@ -26,7 +27,7 @@ protected:
     int32_t count;  // bytes transferred so far; wraps at 32 bits
 };
 
-class RzStdInStream : public RzStdStream {
+class RZ_API RzStdInStream : public RzStdStream {
 public:
     // Reads exactly size - 1 characters with getchar (no stop at a line end;
     // past the end of input each further byte is EOF cut to a char, 0xFF),
@@ -40,7 +41,7 @@ public:
     void Close() override {}
 };
 
-class RzStdOutStream : public RzStdStream {
+class RZ_API RzStdOutStream : public RzStdStream {
 public:
     // Raises "RzFileAccessErr" (18).
     uint32_t Read(void* buffer, uint32_t size, uint32_t* done) override;

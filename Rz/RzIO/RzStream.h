@@ -14,11 +14,12 @@
 
 #include <stdint.h>
 
+#include <Rz/RzCore/RzExport.h>
 #include <Rz/RzCore/RzObject.h>
 #include <Rz/RzCore/RzString.h>
 #include <Rz/RzIO/RzFileAccess.h>
 
-class RzStream : public RzObject {
+class RZ_API RzStream : public RzObject {
 public:
     RzStream() {}
     // Reads up to `size` bytes; returns the count (also stored in *done).
@@ -34,7 +35,7 @@ public:
 
 // Raw operations that raise "RzUndefProc" (1) unless overridden; nothing is
 // transferred and `done` is left untouched.
-class RzStreamImplemented : public RzStream {
+class RZ_API RzStreamImplemented : public RzStream {
 public:
     uint32_t Read(void* buffer, uint32_t size, uint32_t* done) override;
     uint32_t Write(const void* buffer, uint32_t size, uint32_t* done) override;
@@ -44,26 +45,27 @@ public:
 
 // A write-only sink: Write discards the data and reports it all written,
 // whatever the buffer (null included). The other operations raise.
-class RzNullStream : public RzStreamImplemented {
+class RZ_API RzNullStream : public RzStreamImplemented {
 public:
     uint32_t Write(const void* buffer, uint32_t size, uint32_t* done) override;
 };
 
 // Formatted output through the stream's Write; each returns the stream so
 // that calls chain. No separator or line end is added.
-RzStream& operator<<(RzStream& s, const RzString& text);  // length() bytes
-RzStream& operator<<(RzStream& s, const char* text);      // up to the zero; not null
-RzStream& operator<<(RzStream& s, double v);              // "%7.2f"
-RzStream& operator<<(RzStream& s, int v);                 // "%d"
-RzStream& operator<<(RzStream& s, long v);                // "%ld"
-RzStream& operator<<(RzStream& s, unsigned int v);        // "%u"
-RzStream& operator<<(RzStream& s, unsigned long v);       // "%lu"
+RZ_API RzStream& operator<<(RzStream& s, const RzString& text);  // length() bytes
+RZ_API RzStream& operator<<(RzStream& s, const char* text);      // up to the zero; not null
+RZ_API RzStream& operator<<(RzStream& s, double v);              // "%7.2f"
+RZ_API RzStream& operator<<(RzStream& s, int v);                 // "%d"
+RZ_API RzStream& operator<<(RzStream& s, long v);                // "%ld"
+RZ_API RzStream& operator<<(RzStream& s, unsigned int v);        // "%u"
+RZ_API RzStream& operator<<(RzStream& s, unsigned long v);       // "%lu"
 
 // Copies from source to destination through a buffer of chunkSize bytes
 // (from RzAlloc). A length above 0 copies exactly that many bytes: such a
 // copy has no end-of-source test, so a source holding fewer bytes keeps it
 // passing 0-byte reads and writes without end. A length of 0 or less copies
 // until a read comes back short. Errors of either stream pass through.
-void RzCopyStream(RzStream& source, RzStream& destination, int32_t length, uint32_t chunkSize);
+RZ_API void RzCopyStream(RzStream& source, RzStream& destination, int32_t length,
+                         uint32_t chunkSize);
 
 #endif

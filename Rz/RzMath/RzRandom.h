@@ -16,7 +16,9 @@
 
 #include <stdint.h>
 
-class RzRandom {
+#include <Rz/RzCore/RzExport.h>
+
+class RZ_API RzRandom {
 public:
     // Stores `seed` as the state, unchecked. A valid state is 1..2147483646;
     // use SetSeed for any other value.

@@ -14,9 +14,10 @@
 
 #include <stdint.h>
 
+#include <Rz/RzCore/RzExport.h>
 #include <Rz/RzCore/RzString.h>
 
-class RzDate {
+class RZ_API RzDate {
 public:
     // SetDate with the same arguments: every field is clamped to its range.
     RzDate(int year, int month, int day, int hour, int minute, int second);

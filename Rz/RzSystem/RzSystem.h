@@ -11,12 +11,13 @@
 #include <stdint.h>
 
 #include <Rz/FileSpec/RzFileSpec.h>
+#include <Rz/RzCore/RzExport.h>
 #include <Rz/RzCore/RzString.h>
 #include <Rz/RzSystem/RzDate.h>
 
 class RzStream;
 
-class RzSystem {
+class RZ_API RzSystem {
 public:
     // --- Timing ----------------------------------------------------------
     //
