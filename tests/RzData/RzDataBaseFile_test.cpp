@@ -112,6 +112,7 @@ TEST(RzDataBaseTyped, SetDoubleWritesOnlyAChangedValue) {
         {nullptr, 2.5, "%.3f", "2.500"},
         {"3", 3.0, "%.2f", "3"},         // equal: nothing is written
         {"0.50", 0.5, nullptr, "0.50"},  // a hand-written value survives
+        {"0.5", 0.75, "%.2f", "0.75"},
     };
     for (const Case& c : cases) {
         RzDataBase db;

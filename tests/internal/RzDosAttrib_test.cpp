@@ -86,6 +86,7 @@ TEST(RzDosAttrib, ReadsWhatSambaReads) {
         {"second version differs", Record("", 5, Fields(5, 1), 4), false, 0},
         {"version cut short", std::string("\0\0\x05\0\x05", 5), false, 0},
         {"fields cut short", Record("", 5, Fields(5, 1)).substr(0, 23), false, 0},
+        {"version 3 cut short", Record("", 3, Fields(3, 1).substr(0, 43)), false, 0},
         {"version 2 name unterminated", Record("", 2, Fields(2, 1).substr(0, 56)), false, 0},
     };
     for (const auto& c : cases) {

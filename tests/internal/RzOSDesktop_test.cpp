@@ -125,6 +125,7 @@ TEST(RzOSDesktop, ClipboardProgramsAndTheirArguments) {
         } offers[] = {
             {"TARGETS\nUTF8_STRING\n", true},
             {"text/plain;charset=utf-8\n", true},
+            {"STRING", true},
             {"TARGETS\nimage/png\n", false},
         };
         for (const auto& o : offers) {
