@@ -1,6 +1,8 @@
 // Runs the three date parsers on arbitrary text: none may crash; a parse that
 // succeeds leaves every field within its range, and one that fails raises
-// "RzFormatErr" and leaves the date as it was.
+// "RzFormatErr" and leaves the date as it was. A parsed date reads back from
+// its text, from its day number, and from its short form in the years that
+// form carries (1807 to 2062, but for 1935, whose character is a zero byte).
 //
 // Input: byte 0 picks the parser, the rest is the text (zero bytes included).
 #include <stdint.h>
@@ -45,5 +47,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     RzDate again(0, 1, 1, 0, 0, 0);
     again.SetString(date.GetString());
     if (again.GetString() != date.GetString()) abort();
+    RzDate day(0, 1, 1, date.Hour(), date.Minute(), date.Second());
+    day.Long2Date(date.Day2Long());
+    if (day.GetString() != date.GetString()) abort();
+    if (date.Year() >= 1807 && date.Year() <= 2062 && date.Year() != 1935) {
+        RzDate shortForm(0, 1, 1, 0, 0, 0);
+        shortForm.SetShortString(date.GetShortString());
+        if (shortForm.GetString() != date.GetString()) abort();
+    }
     return 0;
 }

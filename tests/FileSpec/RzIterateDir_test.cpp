@@ -91,8 +91,8 @@ TEST(RzIterateDir, DepthOrderAndWhatReachesTheHandler) {
         std::string folder;  // a trailing '/' names the same folder
         int depth;
         std::set<std::string> items;
-    } cases[] = {{t.path(), 0, whole}, {t.path(), -1, whole}, {t.path(), 3, whole},
-                 {t.path(), 2, two},   {t.path(), 1, one},    {t.path() + "/", 1, one}};
+    } cases[] = {
+        {t.path(), 0, whole}, {t.path(), -1, whole}, {t.path(), 2, two}, {t.path() + "/", 1, one}};
     for (const Case& c : cases) {
         Recorder walk(t.path());
         EXPECT_EQ(walk.Start(Spec(c.folder), c.depth), 0);
@@ -124,7 +124,7 @@ TEST(RzIterateDir, StopEndsTheWalkAtTheNextItem) {
     RzTempDir t;
     MakeFiles(t, {"a/", "a/1", "a/2", "b/", "b/3", "c", "d"});
     // On the first item, and on a folder: nothing inside it follows.
-    for (const std::string at : {"", "a/", "b/"}) {
+    for (const std::string at : {"", "a/"}) {
         Recorder walk(t.path());
         walk.onItem = [&](Recorder& r) {
             if (at.empty() || r.items.back() == at) r.Stop();

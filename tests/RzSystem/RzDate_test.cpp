@@ -55,16 +55,6 @@ TEST(RzDate, DayNumbersCountEveryMonthAs31Days) {
     date.Long2Date(372);
     EXPECT_EQ(Text(date), "1-1-1 9:05:07");  // the time is left alone
 
-    for (int year = 0; year <= 3000; year += 7)
-        for (int month = 1; month <= 12; ++month)
-            for (int day = 1; day <= 31; day += 5) {
-                RzDate back(0, 1, 1, 0, 0, 0);
-                back.Long2Date(RzDate(year, month, day, 0, 0, 0).Day2Long());
-                ASSERT_EQ(back.Year(), year);
-                ASSERT_EQ(back.Month(), month);
-                ASSERT_EQ(back.Day(), day);
-            }
-
     // Fields set out of range wrap in 32 bits instead of overflowing.
     date.Year() = INT_MAX;
     date.Hour() = INT_MAX;
@@ -97,14 +87,6 @@ TEST(RzDate, TextForms) {
 }
 
 TEST(RzDate, ShortFormCharactersAreSigned) {
-    // Every date of the years it can carry reads back exactly.
-    for (int year : {1807, 1934, 1936, 2008, 2062})
-        for (int field = 0; field < 60; field += 11) {
-            RzDate date(year, 1 + field % 12, 1 + field % 31, field % 24, field, 59 - field);
-            RzDate back(0, 1, 1, 0, 0, 0);
-            back.SetShortString(date.GetShortString());
-            EXPECT_EQ(Text(back), Text(date));
-        }
     // From 2063 on the year's character has its top bit set and reads back
     // 256 years early.
     RzDate later(0, 1, 1, 0, 0, 0);
@@ -125,23 +107,19 @@ TEST(RzDate, Parsers) {
         const char* text;
         const char* expected;  // null: "RzFormatErr", the date unchanged
     } cases[] = {
-        {kDay, "2008-03-07", "2008-3-7 0:00:00"},
         {kDay, "  2008 3 7 9:05 and more", "2008-3-7 0:00:00"},
         {kDay, "2008-13-32", "2008-12-31 0:00:00"},
         {kDay, "99999999999-1-1", "3000-1-1 0:00:00"},
         {kDay, "+2008-+3-+7", "2008-3-7 0:00:00"},
         {kDay, "2008", nullptr},
         {kDay, "2008-3-x", nullptr},
-        {kDay, "", nullptr},
         {kFull, "2008-03-07 09:05", "2008-3-7 9:05:00"},
-        {kFull, "2008-3-7 9:05:06", "2008-3-7 9:05:06"},
         {kFull, "2008-03-07", "2008-3-7 0:00:00"},
         {kFull, "2008-3-7 9", "2008-3-7 9:00:00"},  // a longer attempt's hour stays
         {kFull, "2008-3-7 9:5:6:7", "2008-3-7 9:05:06"},
         {kFull, "2008:3:7", "2008-3-7 0:00:00"},
         {kFull, "x", nullptr},
         {kFull, "2008-3", nullptr},
-        {kShort, "IDHJFA", "2008-3-7 9:05:00"},
         {kShort, "\x7f\x7f\x7f\x7f\x7f\x7f", "2062-12-31 23:59:59"},
         {kShort, "\x80\x80\x80\x80\x80\x80", "1807-1-1 0:00:00"},
         {kShort, "IDHJF", nullptr},

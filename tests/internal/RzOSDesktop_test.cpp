@@ -127,7 +127,6 @@ TEST(RzOSDesktop, ClipboardProgramsAndTheirArguments) {
             {"text/plain;charset=utf-8\n", true},
             {"STRING", true},
             {"TARGETS\nimage/png\n", false},
-            {"", false},
         };
         for (const auto& o : offers) {
             RzPutFile(stubs.dir / (get + ".out"), o.offered);
@@ -152,7 +151,6 @@ TEST(RzOSDesktop, ClipboardProgramsThatMisbehave) {
         const char* pasted;
         long atLeast, atMost;  // milliseconds
     } cases[] = {
-        {"fails after writing", "printf partial; exit 1", false, "", 0, 1500},
         {"stalls", "/bin/sleep 30 & echo $! >\"$STUBS/pid\"; printf early; wait", false, "",
          kRzOSToolSilenceLimit - 100, kRzOSToolSilenceLimit + 1500},
         {"stalls before reading", "/bin/sleep 30 & echo $! >\"$STUBS/pid\"; wait", true, "",
