@@ -159,8 +159,9 @@ TEST(RzSystemDesktop, SystemActiveTellsTheSessionBusNowAndThen) {
         stubs.env.Set("DBUS_SESSION_BUS_ADDRESS", c.bus);
         for (const char* client : c.clients)
             stubs.Add(client,
-                      "for a in \"$@\"; do printf '%s|' \"$a\"; done >>\"$STUBS/calls\"\n"
-                      "echo >>\"$STUBS/calls\"");
+                      // one write per call: calls run side by side
+                      "line=$(printf '%s|' \"$@\")\n"
+                      "printf '%s\\n' \"$line\" >>\"$STUBS/calls\"");
         start += 100000;
         FakeClock clock(start);
         const struct {
