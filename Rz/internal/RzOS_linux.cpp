@@ -101,6 +101,8 @@ struct XFunctions {
     int (*bell)(XDisplay*, int);
     int (*resetScreenSaver)(XDisplay*);
     int (*flush)(XDisplay*);
+    unsigned long (*internAtom)(XDisplay*, const char*, int);
+    unsigned long (*getSelectionOwner)(XDisplay*, unsigned long);
     XIOHandler (*setIOErrorHandler)(XIOHandler);
     void (*setIOErrorExitHandler)(XDisplay*, XIOExitHandler, void*);
 };
@@ -1028,6 +1030,10 @@ bool LoadX() {
     f.bell = reinterpret_cast<int (*)(XDisplay*, int)>(find("XBell"));
     f.resetScreenSaver = reinterpret_cast<int (*)(XDisplay*)>(find("XResetScreenSaver"));
     f.flush = reinterpret_cast<int (*)(XDisplay*)>(find("XFlush"));
+    f.internAtom =
+        reinterpret_cast<unsigned long (*)(XDisplay*, const char*, int)>(find("XInternAtom"));
+    f.getSelectionOwner =
+        reinterpret_cast<unsigned long (*)(XDisplay*, unsigned long)>(find("XGetSelectionOwner"));
     f.setIOErrorHandler = reinterpret_cast<XIOHandler (*)(XIOHandler)>(find("XSetIOErrorHandler"));
     f.setIOErrorExitHandler = reinterpret_cast<void (*)(XDisplay*, XIOExitHandler, void*)>(
         find("XSetIOErrorExitHandler"));
@@ -1101,6 +1107,7 @@ bool UnderWayland() {
 struct ClipboardPrograms {
     std::vector<std::string> put, get, list;  // argument vectors; list may be empty
     bool listsTypes;                          // `list` prints the offered types
+    bool ownsAfterExit = false;               // `put` exits before its helper takes the clipboard
 };
 
 bool FindClipboardPrograms(ClipboardPrograms& p) {
@@ -1129,9 +1136,29 @@ bool FindClipboardPrograms(ClipboardPrograms& p) {
         p.put = {xsel, "--clipboard", "--input"};
         p.get = {xsel, "--clipboard", "--output"};
         p.listsTypes = false;
+        p.ownsAfterExit = true;
         return true;
     }
     return false;
+}
+
+// The window that owns the X clipboard (0 for none) through the kept
+// connection; false without one.
+bool XClipboardOwner(unsigned long& owner) {
+    XDisplay* display = XConnection();
+    if (!display) return false;
+    owner = gX.call.getSelectionOwner(display, gX.call.internAtom(display, "CLIPBOARD", 0));
+    return !gX.broken;
+}
+
+// Waits, at most half a second, until the X clipboard has another owner
+// than `before`: xsel's helper takes it only after xsel has exited, and a
+// paste right after the copy must find the new text.
+void WaitForNewXClipboardOwner(unsigned long before) {
+    const struct timespec step = {0, 2000000};
+    unsigned long owner = before;
+    for (int i = 0; i < 250 && XClipboardOwner(owner) && owner == before; ++i)
+        nanosleep(&step, nullptr);
 }
 
 // Whether one of the types a clipboard offers (one a line) is text: a MIME
@@ -1953,7 +1980,10 @@ bool RzOSClipboardPut(const char* bytes, size_t n) {
     ClipboardPrograms programs;
     if (!FindClipboardPrograms(programs)) return false;
     const std::string text(bytes ? bytes : "", bytes ? n : 0);
-    RunBounded(programs.put[0], programs.put, &text, nullptr);
+    unsigned long owner = 0;
+    const bool watchOwner = programs.ownsAfterExit && XClipboardOwner(owner);
+    if (RunBounded(programs.put[0], programs.put, &text, nullptr) && watchOwner)
+        WaitForNewXClipboardOwner(owner);
     return true;
 }
 
