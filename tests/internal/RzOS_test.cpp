@@ -289,19 +289,6 @@ TEST(RzOS, FileSystemWithoutUserAttributes) {
     EXPECT_EQ(RzMacSetVisible(s, false), wrgVolTypErr);
 }
 
-TEST(RzOS, WellKnownFolders) {
-    RzTempDir t;
-    RzEnvGuard env;
-    env.Set("HOME", t.path().c_str());
-    env.Set("XDG_CONFIG_HOME", nullptr);
-    short v = 1;
-    int32_t id = 1;
-    EXPECT_EQ(RzOSFindFolder(kRzOnSystemDisk, kRzPreferencesFolderType, false, v, id), fnfErr);
-    EXPECT_EQ(v | id, 0);
-    EXPECT_EQ(RzOSFindFolder(kRzOnSystemDisk, 0x78787878, true, v, id), fnfErr);
-    EXPECT_EQ(RzOSColorSyncFolder(kRzNetworkDomain, true, v, id), fnfErr);
-}
-
 namespace {
 
 // The monotonic clock in 60ths of a second, as the tick clock counts it.

@@ -1,12 +1,10 @@
 #!/usr/bin/env bash
 # Finder information written and read by the framework, checked against a
 # real SMB server with Mac extensions (Samba's vfs_fruit):
-#   1. type and creator stamped here when a file is opened for writing
-#      (RzMacOpenFile: from the extension, or an explicit creator) and the
-#      invisible flag (RzMacSetVisible) are what an SMB client reads from the
-#      file's AFP_AfpInfo stream;
+#   1. type, creator and the invisible flag stamped here (rz stamp) are what
+#      an SMB client reads from the file's AFP_AfpInfo stream;
 #   2. Finder information an SMB client writes is what the framework reads
-#      (RzMacReadCreatorType);
+#      (rz info);
 #   3. the framework's read-modify-write of a record the server made keeps it
 #      valid for the server;
 #   4. with fruit:metadata = stream, the framework reads the client's stream
@@ -16,14 +14,16 @@
 #      once unlocked here (RzSystem::UnLockFile) the client sees it writable
 #      again and may write it.
 #
-# Usage: finderinfo_samba.sh PATH-TO-rz_finderinfo_tool
+# Usage: finderinfo_samba.sh PATH-TO-rz PATH-TO-rz_unlock
 # Runs a private smbd on 127.0.0.1 and a free high port, in its own PID
 # namespace that dies with this script, in a fresh temporary folder that is
 # removed at the end. Exits 77 (skipped) unless run as root with samba,
 # smbclient and the fruit module installed.
 set -u
 
-TOOL=${1:?usage: finderinfo_samba.sh PATH-TO-rz_finderinfo_tool}
+RZ=${1:?usage: finderinfo_samba.sh PATH-TO-rz PATH-TO-rz_unlock}
+TOOL=${2:?usage: finderinfo_samba.sh PATH-TO-rz PATH-TO-rz_unlock}
+[ -x "$RZ" ] && RZ=$(cd "$(dirname "$RZ")" && pwd)/$(basename "$RZ")
 [ -x "$TOOL" ] && TOOL=$(cd "$(dirname "$TOOL")" && pwd)/$(basename "$TOOL")
 SKIP=77
 PASSWORD=rz-finderinfo
@@ -40,7 +40,7 @@ for tool in smbd smbclient smbpasswd testparm setpriv unshare od timeout; do
     command -v "$tool" >/dev/null 2>&1 || skip "$tool is not installed"
 done
 ls /usr/lib/*/samba/vfs/fruit.so >/dev/null 2>&1 || skip "Samba's fruit module is not installed"
-[ -x "$TOOL" ] || { say "FAIL: no tool at $TOOL"; exit 1; }
+[ -x "$RZ" ] && [ -x "$TOOL" ] || { say "FAIL: no program at $RZ or $TOOL"; exit 1; }
 
 WORK=$(mktemp -d "${TMPDIR:-/tmp}/rz-samba.XXXXXX")
 SERVER_PID=
@@ -197,15 +197,15 @@ check_afpinfo() {  # file type creator flags-hex4 what
     fi
 }
 
-in_share() {  # share tool-arguments...: the tool run inside a share's folder
+in_share() {  # share rz-arguments...: rz run inside a share's folder
     local share=$1
     shift
-    (cd "$WORK/$share" && "$TOOL" "$@")
+    (cd "$WORK/$share" && "$RZ" "$@")
 }
 
-check_read() {  # share name expected-line what
+check_read() {  # share name expected-finder-line what
     local got
-    got=$(in_share "$1" read "$2" 2>&1)
+    got=$(in_share "$1" info "$2" 2>&1 | sed -n 's/^finder: //p')
     if [ "$got" = "$3" ]; then pass "$4"; else fail "$4 (got '$got', want '$3')"; fi
 }
 
@@ -215,44 +215,42 @@ printf 'hello\n' >local.txt
 # Names are given relative to the share's folder, so that a dot in the path of
 # the work folder cannot count as an extension.
 
-# 1. Stamped here by opening a file for writing, read by a client: the type of
-#    the extension with its own creator or an explicit one, and invisibility.
-in_share meta write stamped.txt && in_share meta hide stamped.txt || fail "writing stamped.txt"
-in_share meta write measure.cie RzTl || fail "writing measure.cie"
-smb meta 'get stamped.txt:AFP_AfpInfo stamped.afpinfo; get measure.cie:AFP_AfpInfo measure.afpinfo'
+# 1. Stamped here, read by a client.
+printf 'hello\n' >"$WORK/meta/stamped.txt"
+in_share meta stamp stamped.txt --type TEXT --creator ttxt --hide || fail "stamping stamped.txt"
+smb meta 'get stamped.txt:AFP_AfpInfo stamped.afpinfo'
 check_afpinfo stamped.afpinfo TEXT ttxt 4000 "a client reads the type, creator and invisible flag stamped here"
-check_afpinfo measure.afpinfo TEXT RzTl 0000 "a client reads an explicit creator stamped here"
 
 # 2. Written by a client, read here. Without an extension the stored type is
 #    what the framework reports.
 afpinfo prof.afpinfo prof sync 4000
 smb meta 'put local.txt client; put prof.afpinfo client:AFP_AfpInfo'
-check_read meta client "type=prof creator=sync flags=0x4000" \
+check_read meta client "type 'prof', creator 'sync', flags 0x4000 (invisible)" \
     "the Finder information a client wrote is read here"
 
 # 3. Changed here in the server's own record (a new creator; the type has no
 #    code from the name, so the client's stays), read again by a client.
-in_share meta update client 8BIM && in_share meta show client || fail "restamping client"
+in_share meta stamp client --creator 8BIM --show || fail "restamping client"
 smb meta 'get client:AFP_AfpInfo restamped.afpinfo; get client client.copy'
 check_afpinfo restamped.afpinfo prof 8BIM 0000 "the server's record changed here stays valid for the server"
 if cmp -s client.copy local.txt; then
-    pass "opening for reading and writing keeps the contents"
+    pass "stamping keeps the contents"
 else
-    fail "opening for reading and writing keeps the contents"
+    fail "stamping keeps the contents"
 fi
 
 # 4. The stream store.
 smb stream 'put local.txt s; put prof.afpinfo s:AFP_AfpInfo'
-check_read stream s "type=prof creator=sync flags=0x4000" \
+check_read stream s "type 'prof', creator 'sync', flags 0x4000 (invisible)" \
     "with fruit:metadata = stream the client's Finder information is read here"
-in_share stream update s ttxt && in_share stream show s || fail "stamping s"
+in_share stream stamp s --creator ttxt --show || fail "stamping s"
 smb stream 'get s:AFP_AfpInfo s.afpinfo'
 check_afpinfo s.afpinfo prof ttxt 0000 "with fruit:metadata = stream a client reads what is stamped here"
 
 # 5. Locked. The client's read-only attribute is the Finder's Locked box.
 check_locked() {  # share name expected what
     local got
-    got=$(in_share "$1" locked "$2" 2>&1)
+    got=$(in_share "$1" info "$2" 2>&1 | sed -n 's/^locked: //p')
     if [ "$got" = "$3" ]; then pass "$4"; else fail "$4 (got '$got', want '$3')"; fi
 }
 attributes() {  # share name: the DOS attributes a client reads, as "allinfo|ls"
@@ -268,14 +266,14 @@ if [ "$got" = "RA (21)|AR" ]; then
 else
     fail "setmode +r (client reads '$got')"
 fi
-check_locked meta locked.txt locked "a file a client made read-only reads as locked here"
+check_locked meta locked.txt yes "a file a client made read-only reads as locked here"
 if smb meta 'put local.txt locked.txt'; then
     fail "the client could write a read-only file"
 else
     pass "the client may not write it"
 fi
-in_share meta unlock locked.txt || fail "unlocking locked.txt"
-check_locked meta locked.txt "not locked" "unlocked here, it reads as not locked"
+(cd "$WORK/meta" && "$TOOL" locked.txt) || fail "unlocking locked.txt"
+check_locked meta locked.txt no "unlocked here, it reads as not locked"
 got=$(attributes meta locked.txt)
 if [ "$got" = "A (20)|A" ]; then
     pass "unlocked here, the client sees the file writable again (its record kept valid)"
