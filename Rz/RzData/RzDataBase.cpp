@@ -791,11 +791,17 @@ int64_t Tabs(int64_t tabs) {
     return tabs > 0 ? tabs : 0;
 }
 
+// How the first pass found each key and value, in text order, so that the
+// second pass need not look at their bytes again: written whole and bare,
+// written whole and quoted, or cut at a zero byte (classified again).
+enum WordForm : unsigned char { kWholeBare, kWholeQuoted, kCutAtZero };
+
 // The first pass: the exact size. Raises std::bad_alloc as soon as the text
 // would exceed the largest string.
 struct SizePass {
     bool protectedForm;
     int64_t size;
+    std::vector<WordForm> forms;
 
     void Add(int64_t n) {
         size += n;
@@ -804,6 +810,9 @@ struct SizePass {
     void AddWord(const RzString& s, bool quoteEmpty) {
         const Word w = Classify(s, protectedForm, quoteEmpty);
         Add(static_cast<int64_t>(w.quoted ? QuotedSize(w) : w.n));
+        forms.push_back(w.n != static_cast<size_t>(s.length()) ? kCutAtZero
+                        : w.quoted                             ? kWholeQuoted
+                                                               : kWholeBare);
     }
     void Entry(const RzDBData& entry, int64_t tabs) {
         // Tabs, "<", " = ", ">" and the line end.
@@ -819,6 +828,7 @@ struct SizePass {
 struct WritePass {
     bool protectedForm;
     char* out;
+    const WordForm* form;  // the next word's, from the first pass
 
     void Put(const char* s, size_t n) {
         memcpy(out, s, n);
@@ -830,7 +840,10 @@ struct WritePass {
         out += n;
     }
     void PutWord(const RzString& s, bool quoteEmpty) {
-        const Word w = Classify(s, protectedForm, quoteEmpty);
+        const WordForm f = *form++;
+        const Word w = f == kCutAtZero
+                           ? Classify(s, protectedForm, quoteEmpty)
+                           : Word{s.c_str(), static_cast<size_t>(s.length()), f == kWholeQuoted};
         if (!w.quoted) {
             Put(w.p, w.n);
             return;
@@ -875,11 +888,11 @@ struct WritePass {
 RzString WriteText(const RzDataBase* db, int64_t indent, bool protectedForm, const char* before,
                    const char* after) {
     const size_t nBefore = strlen(before), nAfter = strlen(after);
-    SizePass size{protectedForm, static_cast<int64_t>(nBefore + nAfter)};
+    SizePass size{protectedForm, static_cast<int64_t>(nBefore + nAfter), {}};
     Walk(db, indent, size);
     if (size.size == 0) return RzString();
     RzStringData* buffer = RzNewTextBuffer(size.size);
-    WritePass write{protectedForm, buffer->chars};
+    WritePass write{protectedForm, buffer->chars, size.forms.data()};
     write.Put(before, nBefore);
     try {
         Walk(db, indent, write);
