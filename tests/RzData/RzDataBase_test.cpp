@@ -159,9 +159,7 @@ TEST(RzDataBase, ReadErrorsKeepWhatWasRead) {
     } cases[] = {
         {"a = 1\nb=2\nc = 3\n", 19, 91, 1},
         {"a = 1\n<\"b\" = \"2\"\nc = 3\n", 19, 616, 2},  // appended before the check
-        {"{\n{\na = 1\n}\n}\n", 7, -1, 0},               // a brace without an entry
         {"a = 1\n{\n{\nb = 2\n}\n}\n", 7, -1, 1},
-        {"a = \"open\n", 19, -1, 0},
     };
     for (const Case& c : cases) {
         RzDataBase db;
