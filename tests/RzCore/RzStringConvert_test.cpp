@@ -54,22 +54,6 @@ TEST(RzStringConvert, ResultShapes) {
     for (const auto& c : cases) EXPECT_EQ(State(c.convert(c.source)), c.state) << c.name;
 }
 
-// Each case: UTF-8 bytes, then what UTF8ToISO8859_1 and UTF8ToUTF16 give.
-TEST(RzStringConvert, UTF8Decoding) {
-    const struct {
-        std::string utf8, latin, utf16;
-    } cases[] = {
-        {"\xF0\x9F\x98\x80", "?", std::string("\xF6\0", 2)},    // U+1F600 cut to 16 bits
-        {"\xC3\x41", "\x03\x41", std::string("\0\x03\0A", 4)},  // a cut sequence, then 'A'
-        {"\xBF\xBF", "?", "\x0F\xFF"},                          // continuation lead: length 5
-        {"\xC0\x80\x78", "", std::string("\0\0\0x", 4)},        // an overlong zero, then 'x'
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(Content(RzString(c.utf8.c_str()).UTF8ToISO8859_1()), c.latin) << c.utf8;
-        EXPECT_EQ(Content(RzString(c.utf8.c_str()).UTF8ToUTF16()), c.utf16) << c.utf8;
-    }
-}
-
 TEST(RzStringConvert, UTF16ToUTF8) {
     const struct {
         std::string utf16, utf8;
