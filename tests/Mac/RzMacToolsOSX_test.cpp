@@ -96,6 +96,8 @@ TEST(RzMacToolsOSX, FinderInformationAsStored) {
     EXPECT_EQ(stored("d"), "0|0|0|16384");  // a folder has flags, no codes
     EXPECT_EQ(RzMacWriteCreatorType(Spec(t / "none"), C("TEXT"), 0), fnfErr);
     EXPECT_EQ(stored("none"), "-43|0|0|0");
+    RzOSWriteFinderInfo((t / "d").c_str(), C("fold"), C("MACS"));
+    EXPECT_EQ(Codes(t / "d"), "0/0");  // a folder's first bytes are its window, not codes
 }
 
 TEST(RzMacToolsOSX, OpeningFiles) {
