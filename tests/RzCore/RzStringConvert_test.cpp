@@ -74,12 +74,10 @@ TEST(RzStringConvert, Hexadecimal) {
     EXPECT_EQ(s.Bin2Str(s.c_str(), 2), "AB7F");  // the bytes may be the string's own
     EXPECT_EQ(s, "AB7F");
     EXPECT_EQ(State(s.Bin2Str("ab", -1)), "null");
-    EXPECT_RZ_ERROR(RzString("ABC").BinSize(), kRzFormatErr, "RzFormatErr");
-    unsigned char out[2] = {0, 0xEE};
+    unsigned char out[2] = {0, 0xEE};  // nothing of a bad pair is written
+    EXPECT_RZ_ERROR(RzString("AB0G").Str2Bin(out, nullptr), kRzFormatErr, "RzFormatErr");
+    EXPECT_EQ(Joined(out[0], out[1]), Joined(0xAB, 0xEE));
     int32_t size = -7;
-    const RzError e = CatchRzError([&] { RzString("AB0G").Str2Bin(out, &size); });
-    EXPECT_EQ(Joined(e.GetErr(), e.GetFileName(), out[0], out[1], size),
-              Joined(kRzFormatErr, "RzString", 0xAB, 0xEE, -7));
     RzString("0G0G").Str2Bin(nullptr, &size);  // nothing decoded, so nothing checked
     EXPECT_EQ(size, 2);
 }
