@@ -72,27 +72,6 @@ TEST(RzMacToolsOSX, ReferencesAndFSSpecs) {
     EXPECT_EQ(RzMacGetPosixPath(kRzRootVolume, kRzRootFolderID), "/");
 }
 
-TEST(RzMacToolsOSX, FinderTypeAndCreator) {
-    RzTempDir t;
-    struct Case {
-        const char *name, *type, *creator, *read;  // type null: nothing stored
-    } cases[] = {
-        {"a.txt", "prof", "sync", "TEXT/sync"},  // a known extension wins over the type
-        {"a.dat", "prof", "sync", "prof/sync"},
-        {"plain", "PICT", "MACS", "PICT/MACS"},
-        {"b.txt", nullptr, nullptr, "TEXT/0"},  // the creator is taken even when 0
-    };
-    for (const Case& c : cases) {
-        RzPutFile(t / c.name);
-        if (c.type) RzOSWriteFinderInfo((t / c.name).c_str(), C(c.type), C(c.creator));
-        EXPECT_EQ(Codes(t / c.name), c.read) << c.name;
-    }
-    mkdir((t / "f.txt").c_str(), 0755);
-    RzOSWriteFinderInfo((t / "f.txt").c_str(), C("fold"), C("MACS"));
-    EXPECT_EQ(Codes(t / "f.txt"), "TEXT/0");  // a folder has no codes
-    EXPECT_EQ(Codes(t / "missing.txt"), "error -43");
-}
-
 TEST(RzMacToolsOSX, FinderInformationAsStored) {
     RzTempDir t;
     RzPutFile(t / "a.txt");
@@ -117,6 +96,8 @@ TEST(RzMacToolsOSX, FinderInformationAsStored) {
     EXPECT_EQ(stored("d"), "0|0|0|16384");  // a folder has flags, no codes
     EXPECT_EQ(RzMacWriteCreatorType(Spec(t / "none"), C("TEXT"), 0), fnfErr);
     EXPECT_EQ(stored("none"), "-43|0|0|0");
+    RzOSWriteFinderInfo((t / "d").c_str(), C("fold"), C("MACS"));
+    EXPECT_EQ(Codes(t / "d"), "0/0");  // a folder's first bytes are its window, not codes
 }
 
 TEST(RzMacToolsOSX, OpeningFiles) {

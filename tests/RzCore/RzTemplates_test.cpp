@@ -2,8 +2,6 @@
 
 #include <string>
 
-#include <Rz/RzCore/RzObject.h>
-
 #include "support/RzTestSupport.h"
 
 namespace {
@@ -47,13 +45,6 @@ TEST(RzSmartPtr, TakesTheNewReferenceBeforeDroppingTheOld) {
     }
     EXPECT_EQ(log, "-a-a");  // r and q; p held nothing
     EXPECT_EQ(Joined(a.count, b.count), "1|1");
-}
-
-TEST(RzSmartPtr, DoesNotAdoptTheCreatorsReference) {
-    RzObject* raw = new RzObject;
-    RzSmartPtr<RzObject> p(raw);
-    EXPECT_EQ(raw->RefCount(), 2);
-    raw->Delete();  // the creator lets go; p's reference frees it (checked by ASan)
 }
 
 TEST(RzSmartPtr, ReleasingAnObjectWithoutReferencesRaisesPtrInvalid) {

@@ -18,13 +18,6 @@ const int32_t kModulus = 2147483647;
 
 }  // namespace
 
-TEST(RzRandom, Generator) {
-    RzRandom rng(1);
-    for (int32_t expected : {48271, 182605794, 1291394886}) EXPECT_EQ(rng.NextSeed(), expected);
-    for (int i = 3; i < 10000; ++i) rng.NextSeed();
-    EXPECT_EQ(rng.GetSeed(), 399268537);
-}
-
 TEST(RzRandom, SetSeed) {
     const struct {
         int32_t x, state;

@@ -144,7 +144,6 @@ TEST(RzOS, MakeFSSpecNamesAndRelativePaths) {
     mkdir((t / "top").c_str(), 0755);
     mkdir((t / "top/sub").c_str(), 0755);
     RzPutFile(t / "top/sub/file");
-    RzPutFile(t / "top/a:b");
     FSSpec top, spec;
     FSRef ref;
     ASSERT_EQ(PathMakeFSSpec((t / "top/sub").c_str(), top), noErr);
@@ -153,8 +152,6 @@ TEST(RzOS, MakeFSSpecNamesAndRelativePaths) {
         OSErr err;
         std::string path;
     } cases[] = {
-        {"\003a:b", noErr, t / "top/a:b"},   // a plain name keeps its colons
-        {"\004:a/b", noErr, t / "top/a:b"},  // in a relative path '/' stands for ':'
         {"\011:sub:file", noErr, t / "top/sub/file"},
         {"\010:sub:new", fnfErr, t / "top/sub/new"},
         {"\000", noErr, t / "top"},
@@ -367,9 +364,6 @@ TEST(RzOS, LockedIsAnyOfThreeStores) {
         Blob dosAfter, metaAfter;  // what clearing leaves
     } cases[] = {
         {"nothing", {}, {}, false, {}, {}},
-        {"DOS read-only", DosAttrib(0x21), {}, true, DosAttrib(0x20), {}},
-        {"DOS text only", {'0', 'x', '1', 0}, {}, true, {'0', 'x', '0', 0}, {}},
-        {"DOS record Samba rejects", {'z', 0}, {}, false, {'z', 0}, {}},
         {"AFP WriteInhibit with the others",
          {},
          WithAfpAttributes(record, 0x01A1),
