@@ -86,18 +86,8 @@ const std::string& KeyFileText() {
 
 void BM_Settings_ReadFromString(benchmark::State& state) {
     const RzString& text = SettingsText();
-    for (auto _ : state) {
-        state.PauseTiming();
-        rzbench::TrimHeap();
-        RzDataBase* db = new RzDataBase;
-        state.ResumeTiming();
-        db->ReadFromString(text);
-        benchmark::DoNotOptimize(db->GetCount());
-        state.PauseTiming();
-        db->Delete();
-        state.ResumeTiming();
-    }
-    state.SetBytesProcessed(state.iterations() * text.length());
+    rzbench::TimeReadIntoNewDatabase(state, text.length(),
+                                     [&](RzDataBase& db) { db.ReadFromString(text); });
 }
 BENCHMARK(BM_Settings_ReadFromString)->Unit(benchmark::kMillisecond);
 

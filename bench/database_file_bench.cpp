@@ -78,36 +78,16 @@ Fixture& Files() {
 void BM_ReadFromFile(benchmark::State& state) {
     Fixture& f = Files();
     const RzFileSpec spec(RzString(f.path.c_str()));
-    for (auto _ : state) {
-        state.PauseTiming();
-        rzbench::TrimHeap();
-        RzDataBase* db = new RzDataBase;
-        state.ResumeTiming();
-        db->ReadFromFile(spec);
-        benchmark::DoNotOptimize(db->GetCount());
-        state.PauseTiming();
-        db->Delete();
-        state.ResumeTiming();
-    }
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(f.text.size()));
+    rzbench::TimeReadIntoNewDatabase(state, static_cast<int64_t>(f.text.size()),
+                                     [&](RzDataBase& db) { db.ReadFromFile(spec); });
 }
 BENCHMARK(BM_ReadFromFile)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_ReadFromString(benchmark::State& state) {
     Fixture& f = Files();
     const RzString text(f.text.data(), static_cast<int32_t>(f.text.size()), false);
-    for (auto _ : state) {
-        state.PauseTiming();
-        rzbench::TrimHeap();
-        RzDataBase* db = new RzDataBase;
-        state.ResumeTiming();
-        db->ReadFromString(text);
-        benchmark::DoNotOptimize(db->GetCount());
-        state.PauseTiming();
-        db->Delete();
-        state.ResumeTiming();
-    }
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(f.text.size()));
+    rzbench::TimeReadIntoNewDatabase(state, static_cast<int64_t>(f.text.size()),
+                                     [&](RzDataBase& db) { db.ReadFromString(text); });
 }
 BENCHMARK(BM_ReadFromString)->Unit(benchmark::kMillisecond)->UseRealTime();
 
