@@ -4,18 +4,8 @@
 # RZ_DESKTOP_CHECK=<work folder> in its environment; none may outlive the
 # check. Servers are killed by their process IDs on every way out, and by the
 # kernel if the script itself is killed (setpriv --pdeathsig).
-SKIP=77
-PASSED=0
-FAILED=0
+. "$(dirname "${BASH_SOURCE[0]}")/check_common.sh"
 SERVERS=()  # process IDs, stopped last first
-
-say() { printf '%s\n' "$*"; }
-pass() { say "PASS: $*"; PASSED=$((PASSED + 1)); }
-fail() { say "FAIL: $*"; FAILED=$((FAILED + 1)); }
-skip() { say "SKIP: $*"; exit "$SKIP"; }
-check() {  # what got want
-    if [ "$2" = "$3" ]; then pass "$1"; else fail "$1 (got '$2', want '$3')"; fi
-}
 need() {  # programs
     local p
     for p in "$@"; do command -v "$p" >/dev/null 2>&1 || skip "$p is not installed"; done
@@ -39,7 +29,7 @@ ours() {  # the marked processes
 }
 
 cleanup() {
-    local i pid left=
+    local i pid
     for ((i = ${#SERVERS[@]} - 1; i >= 0; i--)); do
         pid=${SERVERS[i]}
         kill -TERM "$pid" 2>/dev/null
@@ -51,19 +41,7 @@ cleanup() {
         wait "$pid" 2>/dev/null
     done
     # The clipboard programs' helpers leave with their server.
-    for _ in $(seq 1 50); do
-        left=$(ours)
-        [ -z "$left" ] && break
-        sleep 0.1
-    done
-    if [ -n "$left" ]; then
-        say "FAIL: processes left behind: $left"
-        for pid in $left; do kill -KILL "$pid" 2>/dev/null; done
-        FAILED=$((FAILED + 1))
-    fi
-    rm -rf "$WORK"
-    say "$PASSED passed, $FAILED failed"
-    [ "$FAILED" = 0 ]
+    finish_check
 }
 trap 'cleanup; exit $?' EXIT
 trap 'exit 130' INT TERM

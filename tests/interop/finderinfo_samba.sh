@@ -25,15 +25,8 @@ RZ=${1:?usage: finderinfo_samba.sh PATH-TO-rz PATH-TO-rz_unlock}
 TOOL=${2:?usage: finderinfo_samba.sh PATH-TO-rz PATH-TO-rz_unlock}
 [ -x "$RZ" ] && RZ=$(cd "$(dirname "$RZ")" && pwd)/$(basename "$RZ")
 [ -x "$TOOL" ] && TOOL=$(cd "$(dirname "$TOOL")" && pwd)/$(basename "$TOOL")
-SKIP=77
+. "$(dirname "$0")/check_common.sh"
 PASSWORD=rz-finderinfo
-PASSED=0
-FAILED=0
-
-say() { printf '%s\n' "$*"; }
-pass() { say "PASS: $*"; PASSED=$((PASSED + 1)); }
-fail() { say "FAIL: $*"; FAILED=$((FAILED + 1)); }
-skip() { say "SKIP: $*"; exit "$SKIP"; }
 
 [ "$(id -u)" = 0 ] || skip "needs root (smbd switches to the connecting user)"
 for tool in smbd smbclient smbpasswd testparm setpriv unshare od timeout; do
@@ -72,20 +65,7 @@ cleanup() {
         wait "$SERVER_PID" 2>/dev/null
     fi
     # Nothing that ran with our configuration may outlive us.
-    local left=
-    for _ in $(seq 1 50); do
-        left=$(ours)
-        [ -z "$left" ] && break
-        sleep 0.1
-    done
-    if [ -n "$left" ]; then
-        say "FAIL: server processes left behind: $left"
-        for pid in $left; do kill -KILL "$pid" 2>/dev/null; done
-        FAILED=$((FAILED + 1))
-    fi
-    rm -rf "$WORK"
-    say "$PASSED passed, $FAILED failed"
-    [ "$FAILED" = 0 ]
+    finish_check
 }
 trap 'cleanup; exit $?' EXIT
 trap 'exit 130' INT TERM
