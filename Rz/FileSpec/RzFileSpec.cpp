@@ -2,58 +2,51 @@
 
 #include <Rz/Mac/RzMacToolsOSX.h>
 #include <Rz/RzSystem/RzSystem.h>
+#include <Rz/internal/RzFinderCodes.h>
 
 namespace {
 
-// A four-character code, first character in the most significant byte.
-constexpr uint32_t Sig(const char (&c)[5]) {
-    return static_cast<uint32_t>(static_cast<unsigned char>(c[0])) << 24 |
-           static_cast<uint32_t>(static_cast<unsigned char>(c[1])) << 16 |
-           static_cast<uint32_t>(static_cast<unsigned char>(c[2])) << 8 |
-           static_cast<uint32_t>(static_cast<unsigned char>(c[3]));
-}
-
-const uint32_t kMACS = Sig("MACS");
+const uint32_t kMACS = RzFourCharCode("MACS");
 
 }  // namespace
 
 // Row order matters: lookups take the first match, so "jpg" is 'JPEG' and not
 // 'JFIF', and the last row is only ever the answer to a failed search.
 const RzFileTypeInfo RzFileTypeInfoList[] = {
-    {eRzTypeText, Sig("TEXT"), Sig("ttxt"), "txt"},
-    {eRzTypeText, Sig("TEXT"), Sig("ttxt"), "text"},
-    {eRzTypeText, Sig("TEXT"), Sig("RzTl"), "cie"},
-    {eRzTypeText, Sig("TEXT"), Sig("RzTl"), "ref"},
-    {eRzTypeText, Sig("TEXT"), Sig("RzTl"), "it8"},
-    {eRzTypeProfile, Sig("prof"), Sig("sync"), "icc"},
-    {eRzTypeProfile, Sig("prof"), Sig("sync"), "icm"},
-    {eRzTypeSwatches, Sig("8BCO"), Sig("8BIM"), "aco"},
-    {eRzTypePICT, Sig("PICT"), Sig("8BIM"), "pct"},
-    {eRzTypePICT, Sig("PICT"), Sig("8BIM"), "pict"},
-    {eRzTypeJPEG, Sig("JPEG"), Sig("8BIM"), "jpg"},
-    {eRzTypeJPEG, Sig("JPEG"), Sig("8BIM"), "jpeg"},
-    {eRzTypeJPEG, Sig("JFIF"), Sig("8BIM"), "jpg"},
-    {eRzTypeJPEG2000, Sig("jp2 "), Sig("8BIM"), "jp2"},
-    {eRzTypeJPEG2000, Sig("jpx "), Sig("8BIM"), "jpx"},
-    {eRzTypeJPEG2000, Sig("j2k "), Sig("8BIM"), "j2k"},
-    {eRzTypeJPEG2000, Sig("j2c "), Sig("8BIM"), "j2c"},
-    {eRzTypeJPEG2000, Sig("pnm "), Sig("8BIM"), "pnm"},
-    {eRzTypeTIFF, Sig("TIFF"), Sig("8BIM"), "tif"},
-    {eRzTypeTIFF, Sig("TIFF"), Sig("8BIM"), "tiff"},
-    {eRzTypePNG, Sig("PNGf"), Sig("8BIM"), "png"},
-    {eRzTypeTGA, Sig("TPIC"), Sig("8BIM"), "tga"},
-    {eRzTypeScitexCT, Sig("..CT"), Sig("8BIM"), "sct"},
-    {eRzTypeGIF, Sig("GIFf"), Sig("8BIM"), "gif"},
-    {eRzTypePDF, Sig("PDF "), Sig("****"), "pdf"},
-    {eRzTypeBinary, Sig("BINA"), Sig("****"), ""},
-    {eRzTypeApplication, Sig("APPL"), Sig("****"), "exe"},
-    {eRzTypeHTML, Sig("HTML"), Sig("****"), "html"},
-    {eRzTypeHTML, Sig("HTML"), Sig("****"), "htm"},
-    {eRzTypeAFM, Sig("AFM "), Sig("****"), "afm"},
-    {eRzTypePPM, Sig("PPM "), Sig("****"), "ppm"},
-    {eRzTypeLink, Sig("LINK"), Sig("****"), "link"},
-    {eRzTypeLibrary, Sig("DLL "), Sig("****"), "dll"},
-    {eRzTypeLibrary, Sig("DYLB"), Sig("****"), "dylib"},
+    {eRzTypeText, RzFourCharCode("TEXT"), RzFourCharCode("ttxt"), "txt"},
+    {eRzTypeText, RzFourCharCode("TEXT"), RzFourCharCode("ttxt"), "text"},
+    {eRzTypeText, RzFourCharCode("TEXT"), RzFourCharCode("RzTl"), "cie"},
+    {eRzTypeText, RzFourCharCode("TEXT"), RzFourCharCode("RzTl"), "ref"},
+    {eRzTypeText, RzFourCharCode("TEXT"), RzFourCharCode("RzTl"), "it8"},
+    {eRzTypeProfile, RzFourCharCode("prof"), RzFourCharCode("sync"), "icc"},
+    {eRzTypeProfile, RzFourCharCode("prof"), RzFourCharCode("sync"), "icm"},
+    {eRzTypeSwatches, RzFourCharCode("8BCO"), RzFourCharCode("8BIM"), "aco"},
+    {eRzTypePICT, RzFourCharCode("PICT"), RzFourCharCode("8BIM"), "pct"},
+    {eRzTypePICT, RzFourCharCode("PICT"), RzFourCharCode("8BIM"), "pict"},
+    {eRzTypeJPEG, RzFourCharCode("JPEG"), RzFourCharCode("8BIM"), "jpg"},
+    {eRzTypeJPEG, RzFourCharCode("JPEG"), RzFourCharCode("8BIM"), "jpeg"},
+    {eRzTypeJPEG, RzFourCharCode("JFIF"), RzFourCharCode("8BIM"), "jpg"},
+    {eRzTypeJPEG2000, RzFourCharCode("jp2 "), RzFourCharCode("8BIM"), "jp2"},
+    {eRzTypeJPEG2000, RzFourCharCode("jpx "), RzFourCharCode("8BIM"), "jpx"},
+    {eRzTypeJPEG2000, RzFourCharCode("j2k "), RzFourCharCode("8BIM"), "j2k"},
+    {eRzTypeJPEG2000, RzFourCharCode("j2c "), RzFourCharCode("8BIM"), "j2c"},
+    {eRzTypeJPEG2000, RzFourCharCode("pnm "), RzFourCharCode("8BIM"), "pnm"},
+    {eRzTypeTIFF, RzFourCharCode("TIFF"), RzFourCharCode("8BIM"), "tif"},
+    {eRzTypeTIFF, RzFourCharCode("TIFF"), RzFourCharCode("8BIM"), "tiff"},
+    {eRzTypePNG, RzFourCharCode("PNGf"), RzFourCharCode("8BIM"), "png"},
+    {eRzTypeTGA, RzFourCharCode("TPIC"), RzFourCharCode("8BIM"), "tga"},
+    {eRzTypeScitexCT, RzFourCharCode("..CT"), RzFourCharCode("8BIM"), "sct"},
+    {eRzTypeGIF, RzFourCharCode("GIFf"), RzFourCharCode("8BIM"), "gif"},
+    {eRzTypePDF, RzFourCharCode("PDF "), RzFourCharCode("****"), "pdf"},
+    {eRzTypeBinary, RzFourCharCode("BINA"), RzFourCharCode("****"), ""},
+    {eRzTypeApplication, RzFourCharCode("APPL"), RzFourCharCode("****"), "exe"},
+    {eRzTypeHTML, RzFourCharCode("HTML"), RzFourCharCode("****"), "html"},
+    {eRzTypeHTML, RzFourCharCode("HTML"), RzFourCharCode("****"), "htm"},
+    {eRzTypeAFM, RzFourCharCode("AFM "), RzFourCharCode("****"), "afm"},
+    {eRzTypePPM, RzFourCharCode("PPM "), RzFourCharCode("****"), "ppm"},
+    {eRzTypeLink, RzFourCharCode("LINK"), RzFourCharCode("****"), "link"},
+    {eRzTypeLibrary, RzFourCharCode("DLL "), RzFourCharCode("****"), "dll"},
+    {eRzTypeLibrary, RzFourCharCode("DYLB"), RzFourCharCode("****"), "dylib"},
     // The fallback: '?' as a 32-bit value, not '????'.
     {eRzTypeUnknown, 0x3F, 0x3F, ""},
 };

@@ -10,6 +10,15 @@
 
 class RzFileSpec;
 
+// A four-character code as the Finder stores it: the first character in the
+// most significant byte ("TEXT" is 0x54455854).
+constexpr uint32_t RzFourCharCode(const char (&c)[5]) {
+    return static_cast<uint32_t>(static_cast<unsigned char>(c[0])) << 24 |
+           static_cast<uint32_t>(static_cast<unsigned char>(c[1])) << 16 |
+           static_cast<uint32_t>(static_cast<unsigned char>(c[2])) << 8 |
+           static_cast<uint32_t>(static_cast<unsigned char>(c[3]));
+}
+
 // Sets the codes of `spec`, whose name is set, from the Finder information
 // read for its item: a known extension gives the type, and only an unknown
 // one leaves the Finder type; the creator is the Finder creator as it is, 0

@@ -10,15 +10,9 @@
 #include <string>
 
 #include <Rz/FileSpec/RzFileSpec.h>
+#include <Rz/internal/RzFinderCodes.h>
 
 namespace {
-
-constexpr uint32_t Sig(const char (&c)[5]) {
-    return static_cast<uint32_t>(static_cast<unsigned char>(c[0])) << 24 |
-           static_cast<uint32_t>(static_cast<unsigned char>(c[1])) << 16 |
-           static_cast<uint32_t>(static_cast<unsigned char>(c[2])) << 8 |
-           static_cast<uint32_t>(static_cast<unsigned char>(c[3]));
-}
 
 // One MIME type and the rows of the table it covers: those of `type`, and of
 // those only the ones with `creator` when it is not 0.
@@ -39,7 +33,7 @@ struct MimeFormat {
 const MimeFormat kFormats[] = {
     {"text/x-cgats", "CGATS colour measurement data", "CGATS",
      "Committee for Graphic Arts Technologies Standards", "text/plain", "text-x-generic", "CGATS",
-     eRzTypeText, Sig("RzTl")},
+     eRzTypeText, RzFourCharCode("RzTl")},
     {"application/x-adobe-aco", "Colour swatches", nullptr, nullptr, nullptr, "x-office-document",
      nullptr, eRzTypeSwatches, 0},
 };
